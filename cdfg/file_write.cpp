@@ -1,0 +1,119 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+
+#include "cdfg/bytes.h"
+#include "cdfg/file.h"
+#include "cdfg/graph_store.h"
+
+namespace {
+
+constexpr std::size_t kBufferSize = 256 * 1024;
+// More than any part of a record but a string's bytes.
+constexpr std::size_t kPartSize = 64;
+
+struct Sink {
+  std::FILE* stream;
+  unsigned char* buffer;
+  unsigned char* end;  // behind the bytes collected
+};
+
+void Flush(Sink& sink) {
+  std::fwrite(sink.buffer, 1, static_cast<std::size_t>(sink.end - sink.buffer), sink.stream);
+  sink.end = sink.buffer;
+}
+
+// Room for one part of a record.
+unsigned char* Room(Sink& sink) {
+  if (static_cast<std::size_t>(sink.end - sink.buffer) > kBufferSize - kPartSize) Flush(sink);
+  return sink.end;
+}
+
+void PutBytes(Sink& sink, const char* bytes, std::size_t size) {
+  if (static_cast<std::size_t>(sink.end - sink.buffer) + size > kBufferSize) Flush(sink);
+  if (size > kBufferSize) {
+    std::fwrite(bytes, 1, size, sink.stream);
+  } else if (size != 0) {
+    std::memcpy(sink.end, bytes, size);
+    sink.end += size;
+  }
+}
+
+void PutText(Sink& sink, const char* text) {
+  const std::size_t length = text == nullptr ? 0 : StoredLength(text);
+  sink.end = WriteBig16(Room(sink), static_cast<std::uint16_t>(length));
+  PutBytes(sink, text, length);
+}
+
+void PutAttribute(Sink& sink, const Attribute& attribute) {
+  unsigned char* end = WriteBig32(Room(sink), attribute.id);
+  end = WriteBig32(end, attribute.type);
+  switch (attribute.type) {
+    case ATTR_CHAR:
+      *end++ = static_cast<unsigned char>(attribute.bits);
+      break;
+    case ATTR_INT:
+    case ATTR_NODE:
+      end = WriteBig32(end, static_cast<std::uint32_t>(attribute.bits));
+      break;
+    case ATTR_LONGLONG:
+    case ATTR_FLOAT:
+      end = WriteBig64(end, attribute.bits);
+      break;
+    default:
+      break;
+  }
+  sink.end = end;
+  if (attribute.type == ATTR_STRING) PutText(sink, StringOf(attribute));
+}
+
+void PutNode(Sink& sink, const CdfgGraph& graph, const NodeRecord& node) {
+  unsigned char* end = Room(sink);
+  for (const std::uint32_t field :
+       {node.id, node.kind, node.prev, node.next, node.jump, node.attribute_count}) {
+    end = WriteBig32(end, field);
+  }
+  sink.end = end;
+  for (std::uint32_t i = 0; i < node.attribute_count; ++i) PutAttribute(sink, node.attributes[i]);
+  PutText(sink, FileNameOf(graph, node));
+  end = WriteBig32(Room(sink), static_cast<std::uint32_t>(node.line));
+  sink.end = WriteBig32(end, static_cast<std::uint32_t>(node.column));
+}
+
+void PutGraph(const CdfgGraph& graph, std::FILE* stream, unsigned char* buffer) {
+  Sink sink{stream, buffer, buffer};
+  for (std::size_t place = 0; place < graph.node_count; ++place) {
+    const NodeRecord& node = NodeAt(graph, place);
+    if (!IsFreed(node)) PutNode(sink, graph, node);
+  }
+  Flush(sink);
+}
+
+int Short(CdfgGraph* graph) {
+  graph->memory_short = true;
+  return -1;
+}
+
+}  // namespace
+
+int CdfgWriteStream(CdfgGraph* graph, std::FILE* stream) {
+  if (graph == nullptr) return -1;
+  auto* buffer = static_cast<unsigned char*>(std::malloc(kBufferSize));
+  if (buffer == nullptr) return Short(graph);
+  PutGraph(*graph, stream, buffer);
+  std::free(buffer);
+  return 0;
+}
+
+int CdfgWriteFile(CdfgGraph* graph, const char* path) {
+  if (graph == nullptr) return -1;
+  errno = 0;
+  std::FILE* stream = std::fopen(path, "wb");
+  if (stream == nullptr) return errno == ENOMEM ? Short(graph) : -1;
+  std::setvbuf(stream, nullptr, _IONBF, 0);
+  const int result = CdfgWriteStream(graph, stream);
+  std::fclose(stream);
+  return result;
+}
