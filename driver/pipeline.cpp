@@ -1,0 +1,58 @@
+#include "driver/pipeline.h"
+
+#include "cdfg/name_set.h"
+#include "cdfg/runaway.h"
+#include "driver/stop.h"
+#include "passes/module_functions.h"
+#include "passes/module_list.h"
+#include "passes/name_table.h"
+
+namespace {
+
+constexpr PipelineStep kSteps[] = {
+    // Every function that becomes hardware is in the list; prefixed ones call copies of their own.
+    {"module-functions", "--- Makeing of module function list's ...", CollectModuleFunctions},
+    // Every identifier of the design is in the name set.
+    {"name-table", "--- Makeing of name's table ...", CollectNames},
+    // Every loop body of module code is a block.
+    {"statement-to-block", "--- Statement to block ...", nullptr},
+    // No structure is defined inside another one.
+    {"modify-structure", "--- Modify structure ...", nullptr},
+    // Array sizes written as constant expressions are numbers.
+    {"fold-declarations", "--- Constant expression ...", nullptr},
+    // Constant expressions in module code, and in the globals that it uses, are constants.
+    {"fold-bodies", nullptr, nullptr},
+    // So are the array sizes of what main hands to modules.
+    {"fold-main-calls", nullptr, nullptr},
+    // Initialisers of module code that cannot stay initial values are assignments.
+    {"initialisers", nullptr, nullptr},
+    // All variables of a module function have names of their own.
+    {"rename-locals", nullptr, nullptr},
+    // Every further roll call of a function calls a copy of its own.
+    {"function-roll", "--- Function roll instance ...", nullptr},
+    // From here every expression of module code is flat.
+    {"division-expression", "--- Divison  expression ...", nullptr},
+    // One target per assignment, one reference per operand.
+    {"remake-dfg", "--- Remake dfg node ...", nullptr},
+    // One statement per datapath.
+    {"split-datapaths", "--- Manage opration -> Datapath ...", nullptr},
+    // Floating multiplications and divisions read temporaries only.
+    {"mul-div", "--- Mul | Div exp -> temporary variable ...", nullptr},
+    // Directives of structure variables stand on their members.
+    {"inout-directives", "--- Divison inout directive ...", nullptr},
+};
+
+}  // namespace
+
+std::span<const PipelineStep> Pipeline() { return kSteps; }
+
+void RunStep(const PipelineStep& step, CdfgGraph* graph) {
+  CdfgGrantSteps(graph);
+  if (step.run != nullptr) step.run(graph);
+  StopIfMemoryIsShort(graph);
+}
+
+void FreePassState() {
+  NameSetFree();
+  FreeModuleFunctions();
+}
