@@ -578,7 +578,7 @@ enum CdfgKind : std::uint32_t { CDFG_KINDS(CDFG_CONSTANT_OF_KIND) };
 
 #define CDFG_CONSTANT_OF_ROW(group, number, name) name = (number),
 enum CdfgAttributeId : std::uint32_t { CDFG_ATTRIBUTES(CDFG_CONSTANT_OF_ROW) };
-enum CdfgEnumerator : std::uint32_t { CDFG_ENUMERATORS(CDFG_CONSTANT_OF_ROW) };
+enum CdfgEnumerator : std::int32_t { CDFG_ENUMERATORS(CDFG_CONSTANT_OF_ROW) };
 #undef CDFG_CONSTANT_OF_ROW
 
 #define CDFG_CONSTANT_OF_TYPE(number, name) name = (number),
