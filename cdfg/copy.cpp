@@ -270,6 +270,14 @@ NodeId CdfgCopyTree(CdfgGraph* graph, NodeId id) {
   return copy;
 }
 
+NodeId CdfgCopyAlone(CdfgGraph* graph, NodeId id) {
+  const NodeId next = CdfgGetNext(graph, id);
+  CdfgSetNext(graph, id, 0);
+  const NodeId copy = CdfgCopyTree(graph, id);
+  CdfgSetNext(graph, id, next);
+  return copy;
+}
+
 const DeclarationCopy* CdfgGetDeclarationCopy(const CdfgGraph* graph, NodeId source) {
   return static_cast<const DeclarationCopy*>(CdfgGetUserData(graph, source));
 }

@@ -26,6 +26,9 @@ extern int CdfgMemberShareSwitch;
 // that a call keeps the function that it calls. Answers the copy of `id`; 0 for 0 or an unknown id.
 NodeId CdfgCopyTree(CdfgGraph* graph, NodeId id);
 
+// The same for one node and all below it, without what follows it in its chain.
+NodeId CdfgCopyAlone(CdfgGraph* graph, NodeId id);
+
 // The record of a node copied with remap on, null if it was not.
 const DeclarationCopy* CdfgGetDeclarationCopy(const CdfgGraph* graph, NodeId source);
 

@@ -2,6 +2,7 @@
 
 #include "cdfg/chain.h"
 #include "cdfg/copy.h"
+#include "cdfg/kinds.h"
 
 namespace {
 
@@ -9,34 +10,6 @@ namespace {
 constexpr std::int32_t kVariable = 257;
 
 NodeId decl_scope = 0;
-
-// The attribute that names the first node of a parent's body, 0 for kinds without one.
-std::uint32_t BodyAttribute(std::uint32_t kind) {
-  switch (kind) {
-    case CFG_ROOT:
-      return CfgRoot_ELEMENT;
-    case CFG_FILEINFO:
-      return CfgFileinfo_ELEMENT;
-    case CFG_FUNCTION:
-      return CfgFunc_STARTCFG;
-    case CFG_STATE_IF:
-      return CfgStateIf_STATOPE;
-    case CFG_STATE_CASE:
-      return CfgStateCase_STATOPE;
-    case CFG_IF_THEN:
-      return CfgIfThen_CFG;
-    case CFG_IF_ELSE:
-      return CfgIfElse_CFG;
-    case CFG_LOOP_BEGIN:
-      return CfgLoopBegin_CFG;
-    case CFG_LOOP_STAT:
-      return CfgLoopStat_CFG;
-    case CFG_CASE_ITEM:
-      return CfgCaseItem_CFG;
-    default:
-      return 0;
-  }
-}
 
 void DescribeStructure(CdfgGraph* graph, NodeId declaration, const ExprType& type) {
   CdfgSetAttrNode(graph, declaration, CfgDecl_STRUCTORGNODE, type.struct_origin);
@@ -83,7 +56,7 @@ int CdfgAppend(CdfgGraph* graph, NodeId first, NodeId added) {
 
 void CdfgAttachBody(CdfgGraph* graph, NodeId parent, NodeId child) {
   if (parent == 0) return;
-  const std::uint32_t attribute = BodyAttribute(CdfgGetKind(graph, parent));
+  const std::uint32_t attribute = CdfgBodyAttribute(CdfgGetKind(graph, parent));
   if (attribute != 0) {
     CdfgSetAttrNode(graph, parent, attribute, child);
   } else {

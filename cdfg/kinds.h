@@ -26,3 +26,32 @@ constexpr bool CdfgIsAssignment(std::uint32_t kind) {
 constexpr bool CdfgIsCase(std::uint32_t kind) {
   return kind == CFG_STATE_CASE || kind == CFG_STATE_CASEX || kind == CFG_STATE_CASEZ;
 }
+
+// The attribute by which a node of this kind names the first node of the chain inside it, 0 for
+// kinds without one.
+constexpr std::uint32_t CdfgBodyAttribute(std::uint32_t kind) {
+  switch (kind) {
+    case CFG_ROOT:
+      return CfgRoot_ELEMENT;
+    case CFG_FILEINFO:
+      return CfgFileinfo_ELEMENT;
+    case CFG_FUNCTION:
+      return CfgFunc_STARTCFG;
+    case CFG_STATE_IF:
+      return CfgStateIf_STATOPE;
+    case CFG_STATE_CASE:
+      return CfgStateCase_STATOPE;
+    case CFG_IF_THEN:
+      return CfgIfThen_CFG;
+    case CFG_IF_ELSE:
+      return CfgIfElse_CFG;
+    case CFG_LOOP_BEGIN:
+      return CfgLoopBegin_CFG;
+    case CFG_LOOP_STAT:
+      return CfgLoopStat_CFG;
+    case CFG_CASE_ITEM:
+      return CfgCaseItem_CFG;
+    default:
+      return 0;
+  }
+}

@@ -33,20 +33,15 @@ Inside PartsOf(std::uint32_t kind) {
   }
 }
 
+bool IsPart(std::uint32_t kind) {
+  return kind == CFG_IF_THEN || kind == CFG_IF_ELSE || kind == CFG_CASE_ITEM ||
+         kind == CFG_LOOP_STAT;
+}
+
 // The statements inside a part.
 Inside BodyOf(std::uint32_t kind) {
-  switch (kind) {
-    case CFG_IF_THEN:
-      return {CfgIfThen_CFG};
-    case CFG_IF_ELSE:
-      return {CfgIfElse_CFG};
-    case CFG_CASE_ITEM:
-      return {CfgCaseItem_CFG};
-    case CFG_LOOP_STAT:
-      return {CfgLoopStat_CFG};
-    default:
-      return {};
-  }
+  if (!IsPart(kind)) return {};
+  return {CdfgBodyAttribute(kind)};
 }
 
 // The elements inside a file, a module or a function.
@@ -171,6 +166,8 @@ bool StatementWalk::IsVisited(NodeId node) const {
       return true;
   }
 }
+
+bool StatementWalk::AtPart() const { return walk_.Tag() != kStatements; }
 
 NodeId CdfgGetOperationList(const CdfgGraph* graph, NodeId statement) {
   const std::uint32_t kind = CdfgGetKind(graph, statement);

@@ -94,6 +94,9 @@ class StatementWalk {
   // How many nodes contain the current one: 0 for the statements of the body itself, above 0
   // inside branches, items and loops.
   std::size_t Depth() const { return walk_.Depth(); }
+  // Whether the current node is a part of the statement around it (a branch, an item, a loop part)
+  // and not a statement itself.
+  bool AtPart() const;
   // As in ChainWalk: nodes that were entered are answered a second time after their inside.
   void WithLeaves() { walk_.WithLeaves(); }
   bool Leaving() const { return walk_.Leaving(); }

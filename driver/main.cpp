@@ -10,7 +10,7 @@
 #include "driver/command_line.h"
 #include "driver/pipeline.h"
 #include "driver/stop.h"
-#include "passes/name_prefixes.h"
+#include "passes/temporaries.h"
 
 namespace {
 
@@ -41,8 +41,8 @@ void PrintUsage(const char* program) {
 // cast variables keep their own names, and -p_cvar is accepted without effect. The tools behind us
 // look for those names.
 void ApplyPrefixes(const CommandLine& command) {
-  if (command.temp_prefix != nullptr) temp_name_prefix = command.temp_prefix;
-  if (cast_name_prefix != nullptr) cast_name_prefix = command.cast_prefix;
+  if (command.temp_prefix != nullptr) SetTempPrefix(command.temp_prefix);
+  if (GetCastPrefix() != nullptr) SetCastPrefix(command.cast_prefix);
 }
 
 void Announce(const CommandLine& command, const char* line) {

@@ -3,9 +3,15 @@
 #include "cdfg/name_set.h"
 #include "cdfg/runaway.h"
 #include "driver/stop.h"
+#include "passes/function_roll.h"
+#include "passes/inout_directives.h"
+#include "passes/modify_structure.h"
 #include "passes/module_functions.h"
 #include "passes/module_list.h"
 #include "passes/name_table.h"
+#include "passes/rename_locals.h"
+#include "passes/split_datapaths.h"
+#include "passes/statement_to_block.h"
 
 namespace {
 
@@ -15,9 +21,9 @@ constexpr PipelineStep kSteps[] = {
     // Every identifier of the design is in the name set.
     {"name-table", "--- Makeing of name's table ...", CollectNames},
     // Every loop body of module code is a block.
-    {"statement-to-block", "--- Statement to block ...", nullptr},
+    {"statement-to-block", "--- Statement to block ...", StatementsToBlocks},
     // No structure is defined inside another one.
-    {"modify-structure", "--- Modify structure ...", nullptr},
+    {"modify-structure", "--- Modify structure ...", ModifyStructures},
     // Array sizes written as constant expressions are numbers.
     {"fold-declarations", "--- Constant expression ...", nullptr},
     // Constant expressions in module code, and in the globals that it uses, are constants.
@@ -27,19 +33,19 @@ constexpr PipelineStep kSteps[] = {
     // Initialisers of module code that cannot stay initial values are assignments.
     {"initialisers", nullptr, nullptr},
     // All variables of a module function have names of their own.
-    {"rename-locals", nullptr, nullptr},
+    {"rename-locals", nullptr, RenameBlockLocals},
     // Every further roll call of a function calls a copy of its own.
-    {"function-roll", "--- Function roll instance ...", nullptr},
+    {"function-roll", "--- Function roll instance ...", RollFunctions},
     // From here every expression of module code is flat.
     {"division-expression", "--- Divison  expression ...", nullptr},
     // One target per assignment, one reference per operand.
     {"remake-dfg", "--- Remake dfg node ...", nullptr},
     // One statement per datapath.
-    {"split-datapaths", "--- Manage opration -> Datapath ...", nullptr},
+    {"split-datapaths", "--- Manage opration -> Datapath ...", SplitDatapaths},
     // Floating multiplications and divisions read temporaries only.
     {"mul-div", "--- Mul | Div exp -> temporary variable ...", nullptr},
     // Directives of structure variables stand on their members.
-    {"inout-directives", "--- Divison inout directive ...", nullptr},
+    {"inout-directives", "--- Divison inout directive ...", DivideInoutDirectives},
 };
 
 }  // namespace

@@ -32,8 +32,8 @@
 #include "cdfg/runaway.h"
 #include "cdfg/tokens.h"
 #include "cdfg/walk.h"
+#include "passes/function_copy.h"
 #include "passes/module_list.h"
-#include "passes/relink.h"
 
 namespace {
 
@@ -194,29 +194,6 @@ void SpliceBehind(CdfgGraph* graph, NodeId original, NodeId copy) {
   CdfgAppend(graph, copy, next);
 }
 
-// A copy of one node and all below it, not of what follows it in its chain.
-NodeId CopyAlone(CdfgGraph* graph, NodeId node) {
-  const NodeId next = CdfgGetNext(graph, node);
-  CdfgSetNext(graph, node, 0);
-  const NodeId copy = CdfgCopyTree(graph, node);
-  CdfgSetNext(graph, node, next);
-  return copy;
-}
-
-NodeId CopyFunction(CdfgGraph* graph, NodeId function, const char* name) {
-  CdfgRemapSwitch = 1;
-  CdfgMemberShareSwitch = 1;
-  const NodeId copy = CopyAlone(graph, function);
-  CdfgRemapSwitch = 0;
-  CdfgMemberShareSwitch = 0;
-  RelinkCopiedDeclarations(graph, CdfgGetAttr(graph, copy, CfgFunc_STARTCFG),
-                           CdfgGetAttr(graph, copy, CfgFunc_DECLARE));
-  CdfgClearUserTable(graph);
-  CdfgSetAttrStr(graph, copy, CfgFunc_NAME, name);
-  SpliceBehind(graph, function, copy);
-  return copy;
-}
-
 NodeId OriginOf(const Collecting& run, NodeId function) {
   const auto found = run.origins.find(function);
   return found == run.origins.end() ? function : found->second;
@@ -224,7 +201,10 @@ NodeId OriginOf(const Collecting& run, NodeId function) {
 
 Deep<ModuleInstanceRecord*> CopyForModule(Collecting& run, NodeId callee, const char* name,
                                           const char* file) {
-  const NodeId copy = CopyFunction(run.graph, callee, name);
+  // Initialiser expressions are copied too: the copy is to be elaborated on its own.
+  const NodeId copy = CopyFunction(run.graph, callee, MemberExpressions::Copied);
+  CdfgSetAttrStr(run.graph, copy, CfgFunc_NAME, name);
+  SpliceBehind(run.graph, callee, copy);
   ModuleInstanceRecord* record = PushModuleInstance(run.module, copy, callee, name, file);
   const NodeId origin = OriginOf(run, callee);
   run.origins[copy] = origin;
@@ -302,7 +282,7 @@ void CopyPrototype(CdfgGraph* graph, NodeId prototype, const CopiesByName& copie
   const auto found = copies.find(name);
   if (found == copies.end()) return;
   for (const ModuleInstanceRecord* instance : found->second) {
-    const NodeId copy = CopyAlone(graph, prototype);
+    const NodeId copy = CdfgCopyAlone(graph, prototype);
     CdfgSetAttrStr(graph, copy, CfgFunc_NAME, instance->name.get());
     SpliceBehind(graph, prototype, copy);
   }

@@ -1,0 +1,230 @@
+// Spreads the directives of structure variables onto their members, since the hardware sees the
+// members one by one.
+//
+//   struct { int a; struct { float b; } t; } s;
+//   directive of s                        what the members get
+//   input : varname = s.t.b               b: the same text
+//   float                                 every float or double member at any depth: float
+//
+// Two scans run over a list of declarations. The first wants more than two words, spreads the
+// directives that name a member and takes a leading word float as well; the second spreads by the
+// letters float alone. A float directive of more than two words is seen by both, so its members
+// get two: kept.
+//
+// Needs each structure variable to have its own structure node.
+#include "passes/inout_directives.h"
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "cdfg/chain.h"
+#include "cdfg/directive.h"
+#include "cdfg/edit.h"
+#include "cdfg/tokens.h"
+#include "cdfg/walk.h"
+#include "passes/module_list.h"
+
+namespace {
+
+constexpr std::size_t kMostTokens = 30;
+constexpr std::string_view kDelimiters = " \t:=\n\r";
+
+// What one structure variable hands to its members.
+struct Spreading {
+  bool is_float = false;
+  // The first directive for each path. Paths that only begin alike with a wanted one are many, so
+  // a path is looked up by a hash that grows with it, and compared only when that is found.
+  std::unordered_map<std::string, NodeId> directives;
+  std::unordered_set<std::uint64_t> path_hashes;
+};
+
+// A member path as it grows and shrinks along the walk: its text and a hash of the text.
+struct Path {
+  std::size_t length;
+  std::uint64_t hash;
+};
+
+std::uint64_t ExtendHash(std::uint64_t hash, std::string_view text) {
+  for (const char byte : text) {
+    hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+  }
+  return hash;
+}
+
+constexpr std::uint64_t kEmptyHash = 0xCBF29CE484222325U;
+
+bool IsStructure(const CdfgGraph* graph, NodeId declaration) {
+  return CdfgGetAttrInt(graph, declaration, CfgDecl_VALTYPE) == DECL_VALTYPE_STRUCT;
+}
+
+NodeId MembersOf(const CdfgGraph* graph, NodeId declaration) {
+  const NodeId structure = CdfgGetAttr(graph, declaration, CfgDecl_STRUCTNODE);
+  return CdfgGetAttr(graph, structure, CfgStruct_MEMBER);
+}
+
+std::string_view NameOr(const CdfgGraph* graph, NodeId declaration, std::string_view otherwise) {
+  const char* name = CdfgGetAttrStr(graph, declaration, CfgDecl_NAME);
+  return name == nullptr ? otherwise : name;
+}
+
+// --- Reading directives --------------------------------------------------------------------------
+
+std::vector<std::string_view> Split(std::string_view text) {
+  std::vector<std::string_view> words;
+  Tokens tokens(text);
+  while (words.size() < kMostTokens) {
+    const std::string_view word = tokens.Next(kDelimiters);
+    if (word.empty()) break;
+    words.push_back(word);
+  }
+  return words;
+}
+
+// The word behind the first varname, empty if there is none.
+std::string_view NamedPath(const std::vector<std::string_view>& words) {
+  for (std::size_t i = 1; i + 1 < words.size(); ++i) {
+    if (words[i] == "varname") return words[i + 1];
+  }
+  return {};
+}
+
+bool IsDirection(std::string_view word) {
+  return word == "input" || word == "output" || word == "inout";
+}
+
+void ReadDirective(Spreading& spreading, NodeId directive, const char* text) {
+  const std::vector<std::string_view> words = Split(text);
+  if (words.size() <= 2) return;
+  if (IsDirection(words[0])) {
+    const std::string_view path = NamedPath(words);
+    if (path.empty()) return;
+    spreading.directives.emplace(path, directive);
+    spreading.path_hashes.insert(ExtendHash(kEmptyHash, path));
+  } else if (words[0] == "float") {
+    spreading.is_float = true;
+  }
+}
+
+// --- Spreading -----------------------------------------------------------------------------------
+
+void AddDirective(CdfgGraph* graph, NodeId member, std::int32_t type, const char* text) {
+  const NodeId directive = CdfgCreateNode(graph, INFO_DIRECTIVE, 0);
+  CdfgSetAttrInt(graph, directive, DfgDirective_TYPE, type);
+  CdfgSetAttrStr(graph, directive, DfgDirective_STR, text);
+  const NodeId first = CdfgGetAttr(graph, member, CfgDecl_DIRECTIVE);
+  if (first == 0) {
+    CdfgSetAttrNode(graph, member, CfgDecl_DIRECTIVE, directive);
+  } else {
+    CdfgAppend(graph, first, directive);
+  }
+}
+
+void SpreadOnto(CdfgGraph* graph, const Spreading& spreading, NodeId member, const Path& path,
+                const std::string& text) {
+  if (spreading.path_hashes.contains(path.hash)) {
+    const auto found = spreading.directives.find(text);
+    if (found != spreading.directives.end()) {
+      AddDirective(graph, member, CdfgGetAttrInt(graph, found->second, DfgDirective_TYPE),
+                   CdfgGetAttrStr(graph, found->second, DfgDirective_STR));
+    }
+  }
+  const std::int32_t value_type = CdfgGetAttrInt(graph, member, CfgDecl_VALTYPE);
+  if (spreading.is_float &&
+      (value_type == DECL_VALTYPE_FLOAT || value_type == DECL_VALTYPE_DOUBLE)) {
+    AddDirective(graph, member, kModuleDirective, "float");
+  }
+}
+
+// Hands what `variable` spreads to its members, and to those of members that are structures.
+void Distribute(CdfgGraph* graph, const Spreading& spreading, NodeId variable) {
+  std::string text(NameOr(graph, variable, "(null)"));
+  std::vector<Path> paths{{text.size(), ExtendHash(kEmptyHash, text)}};  // by depth
+  ChainWalk walk(graph, MembersOf(graph, variable));
+  while (const NodeId member = walk.Next()) {
+    if (CdfgGetKind(graph, member) != CFG_DECLARE) continue;
+    const Path outer = paths[walk.Depth()];
+    const std::string_view name = NameOr(graph, member, "??");
+    text.resize(outer.length);
+    text.append(".").append(name);
+    const Path path{text.size(), ExtendHash(ExtendHash(outer.hash, "."), name)};
+    if (IsStructure(graph, member)) {
+      paths.resize(walk.Depth() + 1);
+      paths.push_back(path);
+      walk.Enter(MembersOf(graph, member));
+    } else {
+      SpreadOnto(graph, spreading, member, path, text);
+    }
+  }
+}
+
+// --- The two scans -------------------------------------------------------------------------------
+
+// Calls `act` with every directive of the declaration that has a text, until it answers true.
+template <class Act>
+void ForDirectives(const CdfgGraph* graph, NodeId declaration, Act act) {
+  for (const NodeId node : NextChain(graph, CdfgGetAttr(graph, declaration, CfgDecl_DIRECTIVE))) {
+    if (CdfgGetKind(graph, node) != INFO_DIRECTIVE) continue;
+    const char* text = CdfgGetAttrStr(graph, node, DfgDirective_STR);
+    if (text != nullptr && act(node, text)) return;
+  }
+}
+
+void SpreadNamedMembers(CdfgGraph* graph, NodeId declaration) {
+  Spreading spreading;
+  ForDirectives(graph, declaration, [&](NodeId directive, const char* text) {
+    ReadDirective(spreading, directive, text);
+    return false;
+  });
+  if (spreading.is_float || !spreading.directives.empty()) {
+    Distribute(graph, spreading, declaration);
+  }
+}
+
+void SpreadFloat(CdfgGraph* graph, NodeId declaration) {
+  Spreading spreading;
+  ForDirectives(graph, declaration, [&](NodeId, const char* text) {
+    spreading.is_float = std::string_view(text).starts_with("float");
+    return spreading.is_float;
+  });
+  if (spreading.is_float) Distribute(graph, spreading, declaration);
+}
+
+void ScanDeclarations(CdfgGraph* graph, NodeId list, void (*scan)(CdfgGraph*, NodeId)) {
+  for (const NodeId node : NextChain(graph, list)) {
+    if (CdfgGetKind(graph, node) == CFG_DECLARE && IsStructure(graph, node)) scan(graph, node);
+  }
+}
+
+void ScanFunction(CdfgGraph* graph, NodeId function) {
+  const NodeId arguments = CdfgGetAttr(graph, function, CfgFunc_ARGLIST);
+  ScanDeclarations(graph, arguments, SpreadNamedMembers);
+  ScanDeclarations(graph, arguments, SpreadFloat);
+  ScanDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_DECLARE), SpreadFloat);
+}
+
+void ScanElement(CdfgGraph* graph, NodeId element, const char* file_name) {
+  const std::uint32_t kind = CdfgGetKind(graph, element);
+  if (kind == CFG_DECLARE_DEF) {
+    const NodeId list = CdfgGetAttr(graph, element, CfgDeclDef_DECL);
+    ScanDeclarations(graph, list, SpreadNamedMembers);
+    ScanDeclarations(graph, list, SpreadFloat);
+  } else if (kind == CFG_FUNCTION) {
+    const char* name = CdfgGetAttrStr(graph, element, CfgFunc_NAME);
+    if (IsModuleFunction(name, file_name) == 1) ScanFunction(graph, element);
+  }
+}
+
+}  // namespace
+
+int DivideInoutDirectives(CdfgGraph* graph) {
+  for (const NodeId file : CdfgGetFiles(graph)) {
+    const char* file_name = CdfgGetAttrStr(graph, file, CfgFileinfo_NAME);
+    for (const NodeId element : NextChain(graph, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT))) {
+      ScanElement(graph, element, file_name);
+    }
+  }
+  return 0;
+}
