@@ -27,6 +27,16 @@ constexpr bool CdfgIsCase(std::uint32_t kind) {
   return kind == CFG_STATE_CASE || kind == CFG_STATE_CASEX || kind == CFG_STATE_CASEZ;
 }
 
+// Comparisons and logical operators: 0 or 1, which may be tested as it stands.
+constexpr bool CdfgIsTruthOperator(std::int32_t code) {
+  return code == CALC_Not || (code >= CALC_Les && code <= CALC_LogOr);
+}
+
+// What stands in the list of a CFG_LOOP_BEGIN.
+constexpr bool CdfgIsLoopPart(std::uint32_t kind) {
+  return kind >= CFG_LOOP_INIT && kind <= CFG_LOOP_STEP;
+}
+
 // The attribute by which a node of this kind names the first node of the chain inside it, 0 for
 // kinds without one.
 constexpr std::uint32_t CdfgBodyAttribute(std::uint32_t kind) {

@@ -8,8 +8,6 @@ namespace {
 // What kind of chain a statement walk is on: which nodes of it are visited and entered.
 enum Tag : int { kStatements, kIfParts, kCaseParts, kLoopParts };
 
-bool IsLoopPart(std::uint32_t kind) { return kind >= CFG_LOOP_INIT && kind <= CFG_LOOP_STEP; }
-
 bool IsBranch(std::uint32_t kind) { return kind == CFG_IF_THEN || kind == CFG_IF_ELSE; }
 
 struct Inside {
@@ -161,7 +159,7 @@ bool StatementWalk::IsVisited(NodeId node) const {
     case kCaseParts:
       return kind == CFG_CASE_ITEM;
     case kLoopParts:
-      return IsLoopPart(kind);
+      return CdfgIsLoopPart(kind);
     default:
       return true;
   }

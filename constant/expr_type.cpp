@@ -8,6 +8,7 @@
 
 #include "cdfg/chain.h"
 #include "cdfg/deep.h"
+#include "cdfg/kinds.h"
 #include "cdfg/runaway.h"
 #include "constant/literal.h"
 
@@ -108,11 +109,6 @@ ExprType Combine(const ExprType& left, const ExprType& right) {
 
 // --- Operators -----------------------------------------------------------------------------------
 
-// Comparisons and logical operators: int, whatever is compared.
-bool IsTruthOperator(std::int32_t code) {
-  return code == CALC_Not || (code >= CALC_Les && code <= CALC_LogOr);
-}
-
 // Operators whose result has the type of the left operand.
 bool IsLeftOperator(std::int32_t code) {
   return code == CALC_Plus || code == CALC_Minus || code == CALC_BitNot ||
@@ -127,7 +123,7 @@ ExprType Promote(const ExprType& type) {
 
 Deep<ExprType> OperationType(Typing& run, NodeId operation) {
   const std::int32_t code = CdfgGetAttrInt(run.graph, operation, DfgOpe_TYPE);
-  if (IsTruthOperator(code)) co_return ExprType{};
+  if (CdfgIsTruthOperator(code)) co_return ExprType{};
   const DepthScope inside(run.depth, operation);
   const ExprType left = co_await TypeOf(run, CdfgGetAttr(run.graph, operation, DfgOpe_LEFT));
   if (IsLeftOperator(code)) co_return Promote(left);

@@ -3,6 +3,7 @@
 #include "cdfg/name_set.h"
 #include "cdfg/runaway.h"
 #include "driver/stop.h"
+#include "passes/division_expression.h"
 #include "passes/function_roll.h"
 #include "passes/inout_directives.h"
 #include "passes/modify_structure.h"
@@ -12,6 +13,7 @@
 #include "passes/rename_locals.h"
 #include "passes/split_datapaths.h"
 #include "passes/statement_to_block.h"
+#include "passes/temporaries.h"
 
 namespace {
 
@@ -37,7 +39,7 @@ constexpr PipelineStep kSteps[] = {
     // Every further roll call of a function calls a copy of its own.
     {"function-roll", "--- Function roll instance ...", RollFunctions},
     // From here every expression of module code is flat.
-    {"division-expression", "--- Divison  expression ...", nullptr},
+    {"division-expression", "--- Divison  expression ...", DivideExpressions},
     // One target per assignment, one reference per operand.
     {"remake-dfg", "--- Remake dfg node ...", nullptr},
     // One statement per datapath.
@@ -61,4 +63,5 @@ void RunStep(const PipelineStep& step, CdfgGraph* graph) {
 void FreePassState() {
   NameSetFree();
   FreeModuleFunctions();
+  ResetTemporaries();
 }

@@ -1,0 +1,257 @@
+// Tidies the data-flow nodes of every datapath statement of module code, so that the steps behind
+// find one target per assignment, one reference per operand, and conditionals of one floating type.
+//
+//   1. chained assignments     a = b = c = e        ->  c = e; b = c; a = b
+//   2. targets and references  in x <- ref ref y    ->  out x <- ref y
+//   3. floating conditionals   d = c ? f : g        ->  T = f; d = c ? T : g
+//                              (d, g and T double, f float)
+//
+// Each runs over a datapath's whole list before the next one begins: the statements that the first
+// makes are seen by the other two. Conditions, return values and the lists of loop headers stay as
+// they are. Needs the flat statements that expression division leaves; step 3 also needs the first
+// statement of a list to have its datapath as prev.
+#include "passes/remake_dfg.h"
+
+#include <vector>
+
+#include "cdfg/chain.h"
+#include "cdfg/copy.h"
+#include "cdfg/edit.h"
+#include "cdfg/kinds.h"
+#include "cdfg/walk.h"
+#include "constant/expr_type.h"
+#include "passes/module_list.h"
+#include "passes/temporaries.h"
+
+namespace {
+
+// The root of a statement; 0 for a node that is none.
+NodeId RootOf(const CdfgGraph* graph, NodeId statement) {
+  if (CdfgGetKind(graph, statement) != DFG_MANAGE_OPERATION) return 0;
+  return CdfgGetAttr(graph, statement, DfgOpeman_OPE);
+}
+
+void Link(CdfgGraph* graph, NodeId node, NodeId next) {
+  CdfgSetNext(graph, node, next);
+  CdfgSetPrev(graph, next, node);
+}
+
+// --- 1. Chained assignments ----------------------------------------------------------------------
+
+bool IsBlocking(const CdfgGraph* graph, NodeId node) {
+  return CdfgGetKind(graph, node) == DFG_EDGE_BLOCKING;
+}
+
+bool IsChained(const CdfgGraph* graph, NodeId root) {
+  return IsBlocking(graph, root) && IsBlocking(graph, CdfgGetNext(graph, root));
+}
+
+// The edges of a = b = c, that of a first.
+std::vector<NodeId> CollectEdges(const CdfgGraph* graph, NodeId outermost) {
+  std::vector<NodeId> edges;
+  for (const NodeId node : NextChain(graph, outermost)) {
+    if (!IsBlocking(graph, node)) break;
+    edges.push_back(node);
+  }
+  return edges;
+}
+
+// Makes `edge` assign the value of the target of `inner`.
+void ReadTarget(CdfgGraph* graph, NodeId edge, NodeId inner) {
+  const NodeId reference = CdfgCreateNode(graph, DFG_EDGE_PRESEDE, edge);
+  Link(graph, edge, reference);
+  const NodeId copy = CdfgCopyInput(graph, CdfgGetPrev(graph, inner));
+  CdfgRekindChain(graph, copy, DFG_OUTPUT_VAR, DFG_INPUT_VAR);
+  Link(graph, reference, copy);
+}
+
+void InsertBehind(CdfgGraph* graph, NodeId statement, NodeId added) {
+  Link(graph, added, CdfgGetNext(graph, statement));
+  Link(graph, statement, added);
+}
+
+// The statement keeps the innermost assignment; the others follow it from the inside outwards.
+void SplitAssignments(CdfgGraph* graph, NodeId statement) {
+  const NodeId root = RootOf(graph, statement);
+  if (!IsChained(graph, root)) return;
+  const std::vector<NodeId> edges = CollectEdges(graph, root);
+  CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edges.back());
+  NodeId last = statement;
+  for (std::size_t i = edges.size() - 1; i-- > 0;) {
+    const NodeId split = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, root);
+    CdfgSetAttrNode(graph, split, DfgOpeman_OPE, edges[i]);
+    ReadTarget(graph, edges[i], edges[i + 1]);
+    InsertBehind(graph, last, split);
+    last = split;
+  }
+}
+
+// --- 2. Targets and references -------------------------------------------------------------------
+
+// What kind of chain the walk of references is on.
+enum Tag : int { kExpression, kIndexes, kArguments };
+
+bool IsReadPort(std::uint32_t kind) { return kind >= DFG_INPUT_PORT && kind <= DFG_INPUT_CONCAT; }
+
+// Of a run of references only the first stays.
+void DropFurtherReferences(CdfgGraph* graph, NodeId reference) {
+  const NodeId next = CdfgGetNext(graph, reference);
+  if (CdfgGetKind(graph, next) != DFG_EDGE_PRESEDE) return;
+  const NodeId behind = CdfgSkipReferences(graph, next);
+  CdfgSetNext(graph, reference, behind);
+  // The prev of an assignment is its target.
+  if (!IsBlocking(graph, behind)) CdfgSetPrev(graph, behind, reference);
+}
+
+void CleanNode(CdfgGraph* graph, ChainWalk& walk, NodeId node) {
+  const std::uint32_t kind = CdfgGetKind(graph, node);
+  if (kind == DFG_EDGE_PRESEDE) {
+    DropFurtherReferences(graph, node);
+  } else if (IsReadPort(kind)) {
+    walk.Enter(CdfgGetAttr(graph, node, DfgPort_DIMNODE), kIndexes);
+    walk.Enter(CdfgGetAttr(graph, node, DfgPort_STRSON), kExpression);
+  } else if (kind == DFG_FUNC_CALL) {
+    walk.Enter(CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST), kArguments);
+  } else if (kind == DFG_OPERATION) {
+    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT), kExpression);
+    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT), kExpression);
+    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND), kExpression);
+  }
+}
+
+void CleanReferences(CdfgGraph* graph, ChainWalk& walk, NodeId first, Tag tag) {
+  walk.Start(first, tag);
+  while (const NodeId node = walk.Next()) {
+    switch (walk.Tag()) {
+      case kIndexes:
+        walk.Enter(CdfgGetAttr(graph, node, DfgDim_NODE), kExpression);
+        break;
+      case kArguments:
+        walk.Enter(CdfgGetAttr(graph, node, DfgPortInfo_SIGNAL), kExpression);
+        break;
+      default:
+        CleanNode(graph, walk, node);
+        break;
+    }
+  }
+}
+
+// Of the target only its own indexes are looked at, not those of its members: kept.
+void MakeTargetWritten(CdfgGraph* graph, ChainWalk& walk, NodeId target) {
+  const std::uint32_t kind = CdfgGetKind(graph, target);
+  if (kind != DFG_INPUT_VAR && kind != DFG_OUTPUT_VAR) return;
+  CdfgRekindChain(graph, target, DFG_INPUT_VAR, DFG_OUTPUT_VAR);
+  CleanReferences(graph, walk, CdfgGetAttr(graph, target, DfgPort_DIMNODE), kIndexes);
+}
+
+void TidyStatement(CdfgGraph* graph, ChainWalk& walk, NodeId statement) {
+  const NodeId root = RootOf(graph, statement);
+  if (IsBlocking(graph, root)) MakeTargetWritten(graph, walk, CdfgGetPrev(graph, root));
+  // An edge at the head has nothing to clean; the walk goes on to the value behind it.
+  CleanReferences(graph, walk, root, kExpression);
+}
+
+// --- 3. Floating conditionals --------------------------------------------------------------------
+
+bool IsFloating(const ExprType& type) {
+  return type.pointer_count == 0 &&
+         (type.value_type == DECL_VALTYPE_FLOAT || type.value_type == DECL_VALTYPE_DOUBLE);
+}
+
+bool EndsInVariable(const CdfgGraph* graph, NodeId branch) {
+  const std::uint32_t kind = CdfgGetKind(graph, CdfgLastInChain(graph, branch));
+  return kind == DFG_INPUT_PORT || kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_PORT ||
+         kind == DFG_OUTPUT_VAR;
+}
+
+// The statement `variable` = `value`, with the position of the value.
+NodeId MakeAssignment(CdfgGraph* graph, NodeId variable, NodeId value) {
+  const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, value);
+  Link(graph, MakeTarget(graph, value, variable), edge);
+  Link(graph, edge, value);
+  const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, edge);
+  CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edge);
+  return statement;
+}
+
+// False, with nothing done, when the statement's prev does not say where it stands.
+bool PutInFront(CdfgGraph* graph, NodeId statement, NodeId added) {
+  const NodeId prev = CdfgGetPrev(graph, statement);
+  const std::uint32_t kind = CdfgGetKind(graph, prev);
+  if (kind == CFG_STATE_DATAPATH) {
+    CdfgSetAttrNode(graph, prev, CfgDatapath_OPELIST, added);
+  } else if (kind == DFG_MANAGE_OPERATION) {
+    CdfgSetNext(graph, prev, added);
+  } else {
+    return false;
+  }
+  CdfgSetPrev(graph, added, prev);
+  Link(graph, added, statement);
+  return true;
+}
+
+// Assigns a branch of the other floating type to a temporary of the target's type, in front of the
+// statement, and answers what reads the temporary, without a reference. 0 when the branch stays.
+// Where the new statement finds no place the branch has been moved under it all the same: kept.
+NodeId ConvertBranch(CdfgGraph* graph, NodeId statement, NodeId branch, const ExprType& target) {
+  if (!EndsInVariable(graph, branch)) return 0;
+  ExprType type;
+  TypeOfExpression(graph, branch, &type);
+  if (!IsFloating(type) || type.value_type == target.value_type) return 0;
+  const NodeId variable = MakeTempVar(graph, branch, target);
+  const NodeId assignment = MakeAssignment(graph, variable, branch);
+  if (!PutInFront(graph, statement, assignment)) return 0;
+  return MakeInput(graph, branch, variable);
+}
+
+// The conditional that a statement assigns, 0 if it does not.
+NodeId AssignedConditional(const CdfgGraph* graph, NodeId root) {
+  if (!CdfgIsAssignment(CdfgGetKind(graph, root))) return 0;
+  const NodeId value = CdfgGetNext(graph, root);
+  const bool is_conditional = CdfgGetKind(graph, value) == DFG_OPERATION &&
+                              CdfgGetAttrInt(graph, value, DfgOpe_TYPE) == CALC_LogCond;
+  return is_conditional ? value : 0;
+}
+
+void ConvertBranches(CdfgGraph* graph, NodeId statement) {
+  const NodeId root = RootOf(graph, statement);
+  const NodeId conditional = AssignedConditional(graph, root);
+  if (conditional == 0) return;
+  ExprType target;
+  TypeOfExpression(graph, CdfgPrevUntilOperation(graph, root), &target);
+  if (!IsFloating(target)) return;
+  for (const std::uint32_t side : {DfgOpe_LEFT, DfgOpe_RIGHT}) {
+    const NodeId branch = CdfgGetAttr(graph, conditional, side);
+    const NodeId converted = ConvertBranch(graph, statement, branch, target);
+    if (converted == 0) continue;
+    CdfgSetAttrNode(graph, conditional, side, converted);
+    CdfgSetPrev(graph, converted, conditional);
+  }
+}
+
+// --- The statements of module code ---------------------------------------------------------------
+
+void RemakeDatapath(CdfgGraph* graph, ChainWalk& walk, NodeId datapath) {
+  const NodeId first = CdfgGetAttr(graph, datapath, CfgDatapath_OPELIST);
+  // Meets the statements that it makes; none of them is chained.
+  for (const NodeId statement : NextChain(graph, first)) SplitAssignments(graph, statement);
+  for (const NodeId statement : NextChain(graph, first)) TidyStatement(graph, walk, statement);
+  for (const NodeId statement : NextChain(graph, first)) ConvertBranches(graph, statement);
+}
+
+void RemakeFunction(CdfgGraph* graph, NodeId function) {
+  CdfgSetDeclScope(function);
+  ChainWalk references(graph);
+  StatementWalk statements(graph, CdfgGetAttr(graph, function, CfgFunc_STARTCFG));
+  while (const NodeId node = statements.Next()) {
+    if (CdfgGetKind(graph, node) == CFG_STATE_DATAPATH) RemakeDatapath(graph, references, node);
+  }
+}
+
+}  // namespace
+
+int RemakeDfgNodes(CdfgGraph* graph) {
+  FunctionCursor functions = ModuleCode(graph);
+  while (const NodeId function = functions.Next()) RemakeFunction(graph, function);
+  return 0;
+}
