@@ -36,8 +36,9 @@ void Splice(CdfgGraph* graph, NodeId operation, NodeId folded) {
   }
 }
 
-// A folded left operand is stored as the right one, where it is overwritten again when that folds
-// too: kept. An operation whose left operand is an operation does not fold here therefore.
+// A left operand that folds is stored as the right one, in place of what stood there, and stays the
+// left one as well: kept. Such an operation does not fold itself, since its left operand is none
+// that a constant stands behind.
 void FoldTargetOperation(CdfgGraph* graph, NodeId operation) {
   constexpr std::uint32_t kReadAndStored[][2] = {
       {DfgOpe_LEFT, DfgOpe_RIGHT}, {DfgOpe_RIGHT, DfgOpe_RIGHT}, {DfgOpe_COND, DfgOpe_COND}};
