@@ -31,9 +31,9 @@ Inside PartsOf(std::uint32_t kind) {
   }
 }
 
+// What stands inside a statement and is none itself.
 bool IsPart(std::uint32_t kind) {
-  return kind == CFG_IF_THEN || kind == CFG_IF_ELSE || kind == CFG_CASE_ITEM ||
-         kind == CFG_LOOP_STAT;
+  return IsBranch(kind) || kind == CFG_CASE_ITEM || CdfgIsLoopPart(kind);
 }
 
 // The statements inside a part.
@@ -161,7 +161,7 @@ bool StatementWalk::IsVisited(NodeId node) const {
     case kLoopParts:
       return CdfgIsLoopPart(kind);
     default:
-      return true;
+      return scope_ == StatementScope::Anywhere || !IsPart(kind);
   }
 }
 

@@ -12,19 +12,29 @@ if(KELVO_SANITIZE)
   target_link_options(kelvo_options INTERFACE -fsanitize=${KELVO_SANITIZE})
 endif()
 
-# The store's getters are called for every field of every node: let them be inlined across files.
+# The store's getters are called for every field of every node, so the programs are optimised across
+# files. The libraries hold ordinary code beside what that needs: tests link them without waiting.
 include(CheckIPOSupported)
-check_ipo_supported(RESULT KELVO_HAS_IPO OUTPUT KELVO_IPO_MESSAGE LANGUAGES CXX)
-if(KELVO_HAS_IPO AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT KELVO_SANITIZE)
-  set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+set(KELVO_HAS_IPO OFF)
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND
+   NOT KELVO_SANITIZE)
+  check_ipo_supported(RESULT KELVO_HAS_IPO OUTPUT KELVO_IPO_MESSAGE LANGUAGES CXX)
+  set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto=auto -ffat-lto-objects)
 endif()
 
 function(kelvo_library name)
   add_library(${name} STATIC ${ARGN})
   target_link_libraries(${name} PUBLIC kelvo_options)
+  set_target_properties(${name} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ${KELVO_HAS_IPO})
 endfunction()
 
 function(kelvo_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE kelvo_options)
+endfunction()
+
+# An executable that people run for its result, or measure.
+function(kelvo_program name)
+  kelvo_executable(${name} ${ARGN})
+  set_target_properties(${name} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ${KELVO_HAS_IPO})
 endfunction()

@@ -71,4 +71,5 @@ void FreePassState() {
   NameSetFree();
   FreeModuleFunctions();
   ResetTemporaries();
+  ResetStructureTags();
 }

@@ -18,6 +18,6 @@ std::span<const PipelineStep> Pipeline();
 // When memory has become short meanwhile, the run ends here.
 void RunStep(const PipelineStep& step, CdfgGraph* graph);
 
-// Releases what the passes keep beside the graph: the set of used names and the list of module
-// functions.
+// Releases what the passes keep beside the graph, the set of used names and the list of module
+// functions, and sets their counters back, as at the start of the program.
 void FreePassState();

@@ -262,6 +262,8 @@ void HoistEntry(Modifying& run, const StructEntry& entry) {
 
 }  // namespace
 
+void ResetStructureTags() { tag_counter = 1; }
+
 int ModifyStructures(CdfgGraph* graph) {
   Modifying run{graph};
   for (const NodeId file : CdfgGetFiles(graph)) {

@@ -7,3 +7,6 @@
 // structure's definition, gives nested structures without a tag one, and makes the members name the
 // plain structure. Tags made are added to the name set. Answers 0.
 int ModifyStructures(CdfgGraph* graph);
+
+// Sets the counter of the tags back to its start, which a run of the program never does.
+void ResetStructureTags();

@@ -28,8 +28,8 @@ struct Run {
   CdfgGraph* graph;
   NodeId datapath = 0;    // in front of which the copies go
   std::int32_t code = 0;  // of the operation whose operands are treated
-  // The directive that a declaration hands on, 0 for none: its list is read once, however many
-  // operands name it.
+  // The directive that a declaration with directives hands on, 0 for none: its list is read once,
+  // however many operands name it.
   std::unordered_map<NodeId, NodeId> directives;
 };
 
@@ -47,8 +47,7 @@ bool ChoosesUnit(const CdfgGraph* graph, NodeId directive) {
   return std::string_view(text) == "float" || std::string_view(text) == "fixedP";
 }
 
-NodeId FindUnitDirective(const CdfgGraph* graph, NodeId declaration) {
-  const NodeId first = CdfgGetAttr(graph, declaration, CfgDecl_DIRECTIVE);
+NodeId FindUnitDirective(const CdfgGraph* graph, NodeId first) {
   for (const NodeId node : NextChain(graph, first)) {
     if (ChoosesUnit(graph, node)) return node;
   }
@@ -56,8 +55,10 @@ NodeId FindUnitDirective(const CdfgGraph* graph, NodeId declaration) {
 }
 
 NodeId UnitDirectiveOf(Run& run, NodeId declaration) {
+  const NodeId first = CdfgGetAttr(run.graph, declaration, CfgDecl_DIRECTIVE);
+  if (first == 0) return 0;
   const auto [entry, is_new] = run.directives.try_emplace(declaration, 0);
-  if (is_new) entry->second = FindUnitDirective(run.graph, declaration);
+  if (is_new) entry->second = FindUnitDirective(run.graph, first);
   return entry->second;
 }
 
