@@ -86,7 +86,7 @@ bool IsFloating(const ExprType& type) {
           type.value_type == kTypeLongDouble);
 }
 
-// Names first, declaration second, unlike the other ports that read temporaries: kept, the order of
+// Name first, declaration second, unlike the other ports that read temporaries: kept, the order of
 // attributes shows in the file.
 NodeId MakeOperand(CdfgGraph* graph, NodeId position, NodeId variable) {
   const NodeId port = CdfgCreateNode(graph, DFG_INPUT_VAR, position);
