@@ -43,18 +43,6 @@ void PopBlock() {
   reserve = std::exchange(top, top->below);
 }
 
-// Destroys the calls of a run that an exception ended, innermost first, without recursion.
-void Unwind(Call* call, std::coroutine_handle<> outermost) {
-  while (call != nullptr) {
-    Call* const caller = call->caller_call;
-    const std::coroutine_handle<> frame = *call->holder;
-    if (frame == outermost) return;  // its holder is on the native stack and destroys it
-    *call->holder = nullptr;
-    frame.destroy();
-    call = caller;
-  }
-}
-
 }  // namespace
 
 void* TakeFrame(std::size_t size) {
@@ -71,13 +59,10 @@ void GiveFrameBack(void* frame, std::size_t size) {
   if (top->used == kHeader) PopBlock();
 }
 
+void Rethrow() { std::rethrow_exception(std::exchange(thrown, nullptr)); }
+
 void Drive(std::coroutine_handle<> outermost) {
-  try {
-    while (!outermost.done()) innermost.resume();
-  } catch (...) {
-    Unwind(Call::innermost_call, outermost);
-    throw;
-  }
+  while (!outermost.done()) innermost.resume();
 }
 
 }  // namespace deep

@@ -17,22 +17,27 @@
 
 #include <coroutine>
 #include <cstddef>
+#include <exception>
 #include <utility>
 
 namespace deep {
 
 // The call that runs next; the innermost one.
 inline std::coroutine_handle<> innermost;
+// An exception on its way from a call to its caller. Nothing of ours throws; a stop handler of a
+// test may (CdfgSetStopHandler).
+inline std::exception_ptr thrown;
 
 // Frames are taken and given back in the order of calls.
 void* TakeFrame(std::size_t size);
 void GiveFrameBack(void* frame, std::size_t size);
 
-// What every call has, whatever it answers: the caller to go on with, and the slot that holds it.
+// Lets the exception go on, out of the caller.
+[[noreturn]] void Rethrow();
+
+// What every call has, whatever it answers: the caller to go on with.
 struct Call {
   std::coroutine_handle<> caller;
-  Call* caller_call = nullptr;
-  std::coroutine_handle<>* holder = nullptr;
 
   static void* operator new(std::size_t size) { return TakeFrame(size); }
   static void operator delete(void* frame, std::size_t size) { GiveFrameBack(frame, size); }
@@ -42,16 +47,13 @@ struct Call {
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> self) noexcept {
       innermost = self.promise().caller;
-      innermost_call = self.promise().caller_call;
     }
     void await_resume() noexcept {}
   };
 
   std::suspend_always initial_suspend() noexcept { return {}; }
   Finish final_suspend() noexcept { return {}; }
-  void unhandled_exception() { throw; }
-
-  static inline Call* innermost_call = nullptr;
+  void unhandled_exception() { thrown = std::current_exception(); }
 };
 
 template <class Answer>
@@ -73,24 +75,7 @@ struct Promise<void> : Call {
   void TakeAnswer() {}
 };
 
-// Puts the calls that were running back when a run within them ends, by an exception too.
-class RunScope {
- public:
-  RunScope() = default;
-  ~RunScope() {
-    innermost = innermost_;
-    Call::innermost_call = call_;
-  }
-  RunScope(const RunScope&) = delete;
-  RunScope& operator=(const RunScope&) = delete;
-
- private:
-  std::coroutine_handle<> innermost_ = innermost;
-  Call* call_ = Call::innermost_call;
-};
-
-// Resumes the innermost call until the outermost one, just made innermost, has ended. When a call
-// throws, the calls within the outermost one are destroyed and the exception goes on.
+// Resumes the innermost call until `outermost` has ended.
 void Drive(std::coroutine_handle<> outermost);
 
 }  // namespace deep
@@ -101,13 +86,8 @@ class [[nodiscard]] Deep {
  public:
   using promise_type = deep::Promise<Answer>;
 
-  Deep(std::coroutine_handle<promise_type> frame) : promise_(&frame.promise()), frame_(frame) {
-    promise_->holder = &frame_;
-  }
-  Deep(Deep&& other) noexcept
-      : promise_(other.promise_), frame_(std::exchange(other.frame_, nullptr)) {
-    if (frame_) promise_->holder = &frame_;
-  }
+  Deep(std::coroutine_handle<promise_type> frame) : frame_(frame) {}
+  Deep(Deep&& other) noexcept : frame_(std::exchange(other.frame_, nullptr)) {}
   Deep& operator=(Deep&&) = delete;
   ~Deep() {
     if (frame_) frame_.destroy();
@@ -115,29 +95,25 @@ class [[nodiscard]] Deep {
 
   bool await_ready() const { return false; }
   void await_suspend(std::coroutine_handle<> caller) {
-    promise_->caller = caller;
-    MakeInnermost();
+    frame_.promise().caller = caller;
+    deep::innermost = frame_;
   }
-  Answer await_resume() { return promise_->TakeAnswer(); }
+  Answer await_resume() {
+    if (deep::thrown) deep::Rethrow();
+    return frame_.promise().TakeAnswer();
+  }
 
   // For RunDeep: runs the call to its end, with no caller to go on with.
   Answer Run() {
-    const deep::RunScope scope;
-    MakeInnermost();
-    promise_->caller_call = nullptr;
+    const std::coroutine_handle<> outer = deep::innermost;
+    deep::innermost = frame_;
     deep::Drive(frame_);
-    return promise_->TakeAnswer();
+    deep::innermost = outer;
+    return await_resume();
   }
 
  private:
-  void MakeInnermost() {
-    promise_->caller_call = deep::Call::innermost_call;
-    deep::innermost = frame_;
-    deep::Call::innermost_call = promise_;
-  }
-
-  promise_type* promise_;
-  std::coroutine_handle<> frame_;
+  std::coroutine_handle<promise_type> frame_;
 };
 
 // Runs a deep function from ordinary code and answers what it answers.
