@@ -61,14 +61,10 @@ void FoldTarget(CdfgGraph* graph, NodeId edge) {
 
 // --- Statements ----------------------------------------------------------------------------------
 
+// A cast that is the whole expression needs no rule: what folds behind it is stored there.
 void FoldElement(CdfgGraph* graph, NodeId element) {
   const NodeId root = CdfgGetAttr(graph, element, DfgOpeman_OPE);
-  const std::uint32_t kind = CdfgGetKind(graph, root);
-  if (kind == DFG_SPEC) {
-    ConstStoreFoldBehind(graph, root, ConstFoldChain(graph, CdfgGetNext(graph, root)));
-    return;
-  }
-  if (CdfgIsAssignment(kind)) FoldTarget(graph, root);
+  if (CdfgIsAssignment(CdfgGetKind(graph, root))) FoldTarget(graph, root);
   ConstStoreFold(graph, element, DfgOpeman_OPE, ConstFoldChain(graph, root));
 }
 

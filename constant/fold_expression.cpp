@@ -52,20 +52,21 @@ Deep<NodeId> FoldTree(Folding& run, NodeId operation) {
 
 Deep<NodeId> FoldChain(Folding& run, NodeId first);
 
-Deep<> FoldAt(Folding& run, NodeId holder, std::uint32_t attribute) {
-  const NodeId expression = CdfgGetAttr(run.graph, holder, attribute);
-  const NodeId folded = co_await FoldChain(run, expression);
-  ConstStoreFold(run.graph, holder, attribute, folded);
+Deep<NodeId> FoldOperation(Folding& run, NodeId operation) {
+  const DepthScope inside(run.depth, operation);
+  for (const std::uint32_t attribute : kOperands) {
+    const NodeId operand = CdfgGetAttr(run.graph, operation, attribute);
+    const NodeId folded = co_await FoldChain(run, operand);
+    ConstStoreFold(run.graph, operation, attribute, folded);
+  }
+  co_return ConstFoldOperation(run.graph, operation);
 }
 
 Deep<> FoldListed(Folding& run, NodeId list, std::uint32_t attribute) {
-  for (const NodeId item : NextChain(run.graph, list)) co_await FoldAt(run, item, attribute);
-}
-
-Deep<NodeId> FoldOperation(Folding& run, NodeId operation) {
-  const DepthScope inside(run.depth, operation);
-  for (const std::uint32_t attribute : kOperands) co_await FoldAt(run, operation, attribute);
-  co_return ConstFoldOperation(run.graph, operation);
+  for (const NodeId item : NextChain(run.graph, list)) {
+    const NodeId folded = co_await FoldChain(run, CdfgGetAttr(run.graph, item, attribute));
+    ConstStoreFold(run.graph, item, attribute, folded);
+  }
 }
 
 Deep<> FoldBehind(Folding& run, NodeId edge) {
