@@ -1,13 +1,13 @@
 #include "cdfg/copy.h"
 
 #include <deque>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/deep.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/runaway.h"
 
@@ -16,12 +16,16 @@ int CdfgMemberShareSwitch = 0;
 
 namespace {
 
-// One copy may make this many nodes for each node of the graph: what is copied once for each of
-// several references to it stays far below, what doubles with every level does not.
-constexpr std::size_t kCopiesPerNode = 100;
-constexpr std::size_t kCopiesAtLeast = 1'000'000;
+// One copy may make this many nodes and more for each node of the graph: what is copied once for
+// each of several references to it stays below, what doubles with every level does not.
+constexpr std::size_t kCopiesPerNode = 8;
+constexpr std::size_t kCopiesAtLeast = 16'000'000;
 
-std::deque<DeclarationCopy> declaration_copies;
+// Made when first used: memory that is short is nobody's to handle before the program begins.
+std::deque<DeclarationCopy>& DeclarationCopies() {
+  static std::deque<DeclarationCopy> copies;
+  return copies;
+}
 
 // --- Which references are shared -----------------------------------------------------------------
 
@@ -71,8 +75,8 @@ struct CopyRun {
   CdfgGraph* graph;
   std::size_t copies_left;
   DepthGuard depth;
-  std::vector<std::pair<NodeId, NodeId>> jumps;    // source and copy, in the order of the walk
-  std::unordered_map<NodeId, NodeId> jump_copies;  // source to its first copy
+  std::vector<std::pair<NodeId, NodeId>> jumps;  // source and copy, in the order of the walk
+  IdMap<NodeId> jump_copies;                     // source to its first copy
 };
 
 Deep<NodeId> CopyChain(CopyRun& run, NodeId first);
@@ -154,8 +158,8 @@ Deep<bool> CopyTargets(CopyRun& run, NodeId target, NodeId edge_copy) {
 }
 
 void RecordDeclaration(CdfgGraph* graph, NodeId source, NodeId copy) {
-  declaration_copies.push_back({source, copy});
-  CdfgSetUserData(graph, source, &declaration_copies.back());
+  DeclarationCopies().push_back({source, copy});
+  CdfgSetUserData(graph, source, &DeclarationCopies().back());
 }
 
 void RemapOrigin(CdfgGraph* graph, NodeId declaration) {
@@ -283,10 +287,10 @@ const DeclarationCopy* CdfgGetDeclarationCopy(const CdfgGraph* graph, NodeId sou
 }
 
 void CdfgClearUserTable(CdfgGraph* graph) {
-  for (const DeclarationCopy& record : declaration_copies) {
+  for (const DeclarationCopy& record : DeclarationCopies()) {
     CdfgSetUserData(graph, record.source, nullptr);
   }
-  declaration_copies.clear();
+  DeclarationCopies().clear();
 }
 
 NodeId CdfgCopyInput(CdfgGraph* graph, NodeId operand) {

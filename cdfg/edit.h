@@ -16,7 +16,7 @@ NodeId CdfgLastInChain(const CdfgGraph* graph, NodeId id);
 NodeId CdfgPrevUntilOperation(const CdfgGraph* graph, NodeId id);
 // Links `added` behind the last node of the chain of `first` (next and prev). Walks the chain to
 // its end, so whoever appends many keeps the last node and appends to that. Answers 0; -1, with
-// nothing changed, when an argument is 0 or unknown or a node's next is itself.
+// nothing changed, when an argument is 0 or a node's next is itself.
 int CdfgAppend(CdfgGraph* graph, NodeId first, NodeId added);
 // Makes `child` the body of `parent`: its body attribute where the kind has one, else its next;
 // and `parent` the prev of `child` when that is not 0. A parent of 0 does nothing.

@@ -15,8 +15,7 @@
 //   offset  size  field of an attribute record
 //        0     4  attribute id
 //        4     4  value type
-//        8     -  value: ATTR_CHAR 1 byte; ATTR_INT and ATTR_NODE 4; ATTR_LONGLONG and ATTR_FLOAT
-//        8;
+//        8     -  value: ATTR_CHAR 1 byte; ATTR_INT, ATTR_NODE 4; ATTR_LONGLONG, ATTR_FLOAT 8;
 //                 ATTR_STRING 2+n like a file name; any other type: no byte
 #pragma once
 

@@ -109,11 +109,18 @@ int CdfgWriteStream(CdfgGraph* graph, std::FILE* stream) {
 
 int CdfgWriteFile(CdfgGraph* graph, const char* path) {
   if (graph == nullptr) return -1;
+  // Whatever memory is needed is there before the old file is given up.
+  auto* buffer = static_cast<unsigned char*>(std::malloc(kBufferSize));
+  if (buffer == nullptr) return Short(graph);
   errno = 0;
   std::FILE* stream = std::fopen(path, "wb");
-  if (stream == nullptr) return errno == ENOMEM ? Short(graph) : -1;
-  std::setvbuf(stream, nullptr, _IONBF, 0);
-  const int result = CdfgWriteStream(graph, stream);
-  std::fclose(stream);
-  return result;
+  const bool is_short = stream == nullptr && errno == ENOMEM;
+  if (stream != nullptr) {
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    PutGraph(*graph, stream, buffer);
+    std::fclose(stream);
+  }
+  std::free(buffer);
+  if (is_short) return Short(graph);
+  return stream == nullptr ? -1 : 0;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cdfg/graph_store.h"
+#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/memory.h"
 
@@ -19,14 +20,6 @@ constexpr std::size_t kAttributeChunk = 65536;    // records
 constexpr std::size_t kStringChunk = 256 * 1024;  // bytes
 constexpr std::size_t kLargestPooledString = 32 * 1024;
 constexpr std::uint32_t kWide = 32;  // from this many attributes on, a node's are hashed
-
-std::uint64_t Mix(std::uint64_t value) {
-  value ^= value >> 30;
-  value *= 0xBF58476D1CE4E5B9U;
-  value ^= value >> 27;
-  value *= 0x94D049BB133111EBU;
-  return value ^ (value >> 31);
-}
 
 // Remembers that memory was short; what a setter answers then.
 int Short(CdfgGraph& graph) {
@@ -72,13 +65,13 @@ bool MakeRoom(PlaceTable& table, StartOf start_of) {
 // --- Finding nodes -------------------------------------------------------------------------------
 
 // Sixteen neighbouring ids start in neighbouring slots, so walking along ids stays in the cache.
-std::size_t IdStart(const CdfgGraph& graph, NodeId id) {
-  return static_cast<std::size_t>(Mix(graph.hash_seed ^ (id >> 4)) << 4) | (id & 15U);
+std::size_t IdStart(NodeId id) {
+  return static_cast<std::size_t>(MixBits(hash::seed ^ (id >> 4)) << 4) | (id & 15U);
 }
 
 std::uint32_t FindHashedPlace(const CdfgGraph& graph, NodeId id) {
   if (graph.places.slots == nullptr) return kNoPlace;
-  const std::size_t slot = ProbeSlot(graph.places, IdStart(graph, id), [&](std::uint32_t place) {
+  const std::size_t slot = ProbeSlot(graph.places, IdStart(id), [&](std::uint32_t place) {
     return NodeAt(graph, place).id == id;
   });
   return graph.places.slots[slot];
@@ -109,11 +102,9 @@ bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
     ++graph.row_length;
     return true;
   }
-  const auto start_of = [&](std::uint32_t number) {
-    return IdStart(graph, NodeAt(graph, number).id);
-  };
+  const auto start_of = [&](std::uint32_t number) { return IdStart(NodeAt(graph, number).id); };
   if (!MakeRoom(graph.places, start_of)) return false;
-  const std::size_t slot = ProbeSlot(graph.places, IdStart(graph, id), [&](std::uint32_t number) {
+  const std::size_t slot = ProbeSlot(graph.places, IdStart(id), [&](std::uint32_t number) {
     return NodeAt(graph, number).id == id;
   });
   if (graph.places.slots[slot] == kNoPlace) ++graph.places.used;
@@ -183,14 +174,14 @@ bool GrowRun(CdfgGraph& graph, NodeRecord& node, std::uint32_t capacity) {
   return true;
 }
 
-std::size_t WideStart(const CdfgGraph& graph, std::uint32_t place, std::uint32_t attribute) {
+std::size_t WideStart(std::uint32_t place, std::uint32_t attribute) {
   const std::uint64_t key = (static_cast<std::uint64_t>(place) << 32) | attribute;
-  return static_cast<std::size_t>(Mix(graph.hash_seed ^ key));
+  return static_cast<std::size_t>(MixBits(hash::seed ^ key));
 }
 
 std::size_t ProbeWide(const CdfgGraph& graph, std::uint32_t place, std::uint32_t attribute) {
   const std::size_t mask = graph.wide_slot_count - 1;
-  std::size_t slot = WideStart(graph, place, attribute) & mask;
+  std::size_t slot = WideStart(place, attribute) & mask;
   for (;; slot = (slot + 1) & mask) {
     const WideSlot& found = graph.wide_slots[slot];
     if (found.place == kNoPlace) return slot;
@@ -318,9 +309,7 @@ bool AddFileName(CdfgGraph& graph, std::string_view name) {
 
 // The number of a file name, entered when it is new; kNoFileName when memory is short.
 std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
-  const auto start_of_text = [&](std::string_view text) {
-    return std::hash<std::string_view>{}(text);
-  };
+  const auto start_of_text = [&](std::string_view text) { return TextHash{}(text); };
   const auto start_of = [&](std::uint32_t number) {
     return start_of_text(FileNameText(graph, number));
   };
@@ -484,8 +473,6 @@ CdfgGraph* CdfgNewGraph() {
   void* block = std::malloc(sizeof(CdfgGraph));
   if (block == nullptr) return nullptr;
   auto* graph = new (block) CdfgGraph;
-  // Where the graph lies differs from run to run, so no file can be made to crowd the tables.
-  graph->hash_seed = Mix(reinterpret_cast<std::uintptr_t>(block));
   return graph;
 }
 

@@ -83,7 +83,6 @@ struct CdfgGraph {
   std::size_t row_length = 0;  // the first nodes, while their ids are 1, 2, 3, ...
   bool row_shadowed = false;   // a later node has the id of one of them
   PlaceTable places;
-  std::uint64_t hash_seed = 0;
 
   AttributePool attributes;
   WideSlot* wide_slots = nullptr;

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "cdfg/hash.h"
+
 namespace {
 
 // Texts side by side in large blocks, released all at once.
@@ -58,7 +60,7 @@ class Bucket {
   // The slot that holds the name, or the empty one where it belongs.
   std::size_t SlotOf(std::string_view name) const {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t slot = std::hash<std::string_view>{}(name)&mask;
+    std::size_t slot = TextHash{}(name)&mask;
     while (slots_[slot] != nullptr && name != slots_[slot]) slot = (slot + 1) & mask;
     return slot;
   }

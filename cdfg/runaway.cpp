@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr std::uint64_t kStepsPerNode = 2000;
-constexpr std::uint64_t kStepsAtLeast = 200'000'000;
+constexpr std::uint64_t kStepsPerNode = 10'000;
+constexpr std::uint64_t kStepsAtLeast = 500'000'000;
 
 }  // namespace
 

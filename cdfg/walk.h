@@ -82,8 +82,8 @@ enum class StatementScope : std::uint8_t {
 // A walk over statements. Visited are the statements themselves and, inside their owners,
 // CFG_IF_THEN and CFG_IF_ELSE, CFG_CASE_ITEM, CFG_LOOP_INIT, CFG_LOOP_COND, CFG_LOOP_STAT and
 // CFG_LOOP_STEP, each in chain order. Other kinds in those lists are stepped over, and so are these
-// where they stand outside their owners. A node's inside is looked up after its visit, so a pass may
-// still give it a new body.
+// where they stand outside their owners. A node's inside is looked up after its visit, so a pass
+// may still give it a new body.
 class StatementWalk {
  public:
   StatementWalk(const CdfgGraph* graph, NodeId first, StatementScope scope = StatementScope::Body);

@@ -146,10 +146,12 @@ void Classify(Division& run, NodeId first) {
   }
 }
 
-// A statement whose root reads this port; 0 for 0.
+// A statement with the port's position whose root reads the port; 0 for 0.
 NodeId MakeReading(CdfgGraph* graph, NodeId port) {
-  const NodeId reference = CopyAsReference(graph, port);
-  return reference == 0 ? 0 : MakeStatement(graph, reference);
+  if (CdfgHasNode(graph, port) == 0) return 0;
+  const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, port);
+  SetRoot(graph, statement, CopyAsReference(graph, port));
+  return statement;
 }
 
 // Takes the last pending statement out of the list.

@@ -21,11 +21,11 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/runaway.h"
 #include "cdfg/walk.h"
 #include "passes/function_copy.h"
@@ -49,9 +49,9 @@ struct Rolling {
   bool is_counting = true;
   NodeId function = 0;              // whose body is being scanned
   std::size_t container = kNoCopy;  // the same as a roll copy
-  std::unordered_map<NodeId, int> use_counts = {};
+  IdMap<int> use_counts = {};
   std::vector<RollCopy> copies = {};
-  std::unordered_map<NodeId, std::size_t> copy_indexes = {};
+  IdMap<std::size_t> copy_indexes = {};
 };
 
 bool IsRollCall(const CdfgGraph* graph, NodeId call) {

@@ -16,13 +16,13 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/directive.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/tokens.h"
 #include "cdfg/walk.h"
 #include "passes/module_list.h"
@@ -37,7 +37,7 @@ struct Spreading {
   bool is_float = false;
   // The first directive for each path. Paths that only begin alike with a wanted one are many, so
   // a path is looked up by a hash that grows with it, and compared only when that is found.
-  std::unordered_map<std::string, NodeId> directives;
+  TextMap<NodeId> directives;
   std::unordered_set<std::uint64_t> path_hashes;
 };
 

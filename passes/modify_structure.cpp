@@ -22,13 +22,12 @@
 
 #include <deque>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/deep.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/name_set.h"
 #include "cdfg/runaway.h"
@@ -61,9 +60,9 @@ struct StructGroup {
 struct Modifying {
   CdfgGraph* graph;
   std::deque<StructGroup> groups = {};  // newest first
-  std::unordered_map<std::string, StructGroup*> groups_by_key = {};
-  std::unordered_set<NodeId> expanding = {};  // structures whose members are being walked
-  std::unordered_set<NodeId> hoisted = {};
+  TextMap<StructGroup*> groups_by_key = {};
+  IdSet expanding = {};  // structures whose members are being walked
+  IdSet hoisted = {};
   bool has_links = false;
 };
 

@@ -21,7 +21,6 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "cdfg/chain.h"
@@ -29,6 +28,7 @@
 #include "cdfg/deep.h"
 #include "cdfg/directive.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/runaway.h"
 #include "cdfg/tokens.h"
 #include "cdfg/walk.h"
@@ -40,13 +40,18 @@ namespace {
 struct Collecting {
   CdfgGraph* graph;
   ModuleFunctionRecord* module;  // null in phase 1
-  // Phase 2: what each copy descends from, and how many copies of each function contain the walk.
-  std::unordered_map<NodeId, NodeId> origins;
-  std::unordered_map<NodeId, int> copies_around;
+  // Phase 2, prefixed modules: what each copy made for this module descends from, and how many
+  // copies of each function contain the walk.
+  IdMap<NodeId> origins = {};
+  IdMap<int> copies_around = {};
+  // Phase 2, other modules: the functions that each function calls, in order, each once. Nothing
+  // is changed for such a module, so a function's calls are looked for once for all of them.
+  IdMap<std::vector<NodeId>> callees = {};
+  std::vector<NodeId>* found = nullptr;  // where the callees of the function at hand go
 };
 
 // A copy within a copy of the same function, this many deep, goes on for ever: designs nest a few.
-constexpr int kMostCopiesAround = 16;
+constexpr int kMostCopiesAround = 64;
 
 Deep<> HandleCall(Collecting& run, NodeId call);
 
@@ -64,7 +69,7 @@ void EnterArguments(const CdfgGraph* graph, ChainWalk& walk, NodeId call) {
   }
 }
 
-// Answers whether there was a call.
+// Answers whether there was a call that a second walk would not find handled.
 Deep<bool> WalkExpression(Collecting& run, NodeId first) {
   const CdfgGraph* graph = run.graph;
   bool has_calls = false;
@@ -81,7 +86,7 @@ Deep<bool> WalkExpression(Collecting& run, NodeId first) {
         EnterIndexes(graph, walk, node);
         break;
       case DFG_FUNC_CALL:
-        has_calls = true;
+        has_calls = run.found == nullptr;
         co_await HandleCall(run, node);
         EnterArguments(graph, walk, node);
         break;
@@ -104,24 +109,22 @@ Deep<> WalkOperations(Collecting& run, NodeId list) {
 // front of it too. Kept. Where the first such walk meets no call, the others would not either.
 Deep<> WalkInitialiser(Collecting& run, NodeId first) {
   const CdfgGraph* graph = run.graph;
-  bool may_have_calls = true;
-  int chain_of_answer = 0;
-  int chains = 0;
-  ChainWalk walk(graph);
-  walk.Start(first, chains);
+  std::vector<bool> has_no_calls(1);  // by chain
+  ChainWalk walk(graph, first);
   while (const NodeId node = walk.Next()) {
     switch (CdfgGetKind(graph, node)) {
       case CFG_MEMBER_LIST:
-        walk.Enter(CdfgGetAttr(graph, node, CfgMemberList_MEMBER), ++chains);
+        walk.Enter(CdfgGetAttr(graph, node, CfgMemberList_MEMBER),
+                   static_cast<int>(has_no_calls.size()));
+        has_no_calls.push_back(false);
         break;
       case CFG_MEMBER:
         co_await WalkExpression(run, CdfgGetAttr(graph, node, CfgMember_SIGNAL));
         break;
       default:
         if (run.module == nullptr) break;
-        if (walk.Tag() == chain_of_answer && !may_have_calls) break;
-        may_have_calls = co_await WalkExpression(run, node);
-        chain_of_answer = walk.Tag();
+        if (has_no_calls[static_cast<std::size_t>(walk.Tag())]) break;
+        has_no_calls[static_cast<std::size_t>(walk.Tag())] = !co_await WalkExpression(run, node);
         break;
     }
   }
@@ -233,12 +236,29 @@ Deep<> UseCopy(Collecting& run, NodeId call, NodeId callee) {
   CdfgSetJump(graph, call, record->function);
 }
 
-Deep<> UseCallee(Collecting& run, NodeId callee) {
-  const char* name = CdfgGetAttrStr(run.graph, callee, CfgFunc_NAME);
-  const char* file = CdfgGetFileName(run.graph, callee);
-  if (FindModuleInstance(run.module, callee, name, file) != nullptr) co_return;
-  PushModuleInstance(run.module, callee, callee, name, file);
-  co_await WalkFunction(run, callee);
+// The functions that a function calls, each where it is first called.
+Deep<std::vector<NodeId>> FindCallees(Collecting& run, NodeId function) {
+  const auto known = run.callees.find(function);
+  if (known != run.callees.end()) co_return known->second;
+  std::vector<NodeId> found;
+  run.found = &found;
+  co_await WalkFunction(run, function);
+  run.found = nullptr;
+  IdSet met;
+  std::erase_if(found, [&](NodeId callee) { return !met.insert(callee).second; });
+  run.callees.emplace(function, found);
+  co_return found;
+}
+
+// Records what a function calls, and what that calls in turn, as used by a module without prefix.
+Deep<> UseCallees(Collecting& run, NodeId function) {
+  for (const NodeId callee : co_await FindCallees(run, function)) {
+    const char* name = CdfgGetAttrStr(run.graph, callee, CfgFunc_NAME);
+    const char* file = CdfgGetFileName(run.graph, callee);
+    if (FindModuleInstance(run.module, callee, name, file) != nullptr) continue;
+    PushModuleInstance(run.module, callee, callee, name, file);
+    co_await UseCallees(run, callee);
+  }
 }
 
 Deep<> HandleCall(Collecting& run, NodeId call) {
@@ -248,8 +268,8 @@ Deep<> HandleCall(Collecting& run, NodeId call) {
   }
   const NodeId callee = CdfgGetJump(run.graph, call);
   if (CdfgHasNode(run.graph, callee) == 0) co_return;
-  if (run.module->prefix == nullptr) {
-    co_await UseCallee(run, callee);
+  if (run.found != nullptr) {
+    run.found->push_back(callee);
   } else {
     co_await UseCopy(run, call, callee);
   }
@@ -258,7 +278,7 @@ Deep<> HandleCall(Collecting& run, NodeId call) {
 // --- Phase 3: prototypes of copies ---------------------------------------------------------------
 
 // The copied functions by the name of what they are copies of, each name's in list order.
-using CopiesByName = std::unordered_map<std::string_view, std::vector<const ModuleInstanceRecord*>>;
+using CopiesByName = TextMap<std::vector<const ModuleInstanceRecord*>>;
 
 CopiesByName CollectCopies(const CdfgGraph* graph) {
   CopiesByName copies;
@@ -313,8 +333,8 @@ void CopyPrototypes(CdfgGraph* graph, NodeId elements, const CopiesByName& copie
 
 // --- The phases ----------------------------------------------------------------------------------
 
-Deep<> RunPhase1(Collecting& run, const std::vector<NodeId>& files) {
-  for (const NodeId file : files) {
+Deep<> RunPhase1(Collecting& run) {
+  for (const NodeId file : CdfgGetFiles(run.graph)) {
     co_await WalkStatements(run, CdfgGetAttr(run.graph, file, CfgFileinfo_ELEMENT),
                             StatementScope::Elements);
   }
@@ -322,13 +342,19 @@ Deep<> RunPhase1(Collecting& run, const std::vector<NodeId>& files) {
 
 Deep<> RunPhase2(Collecting& run) {
   for (run.module = ModuleFunctionList; run.module != nullptr; run.module = run.module->next) {
-    co_await WalkFunction(run, run.module->function);
+    if (run.module->prefix == nullptr) {
+      co_await UseCallees(run, run.module->function);
+    } else {
+      run.origins.clear();
+      run.callees.clear();  // calls are redirected now
+      co_await WalkFunction(run, run.module->function);
+    }
   }
 }
 
-void RunPhase3(CdfgGraph* graph, const std::vector<NodeId>& files) {
+void RunPhase3(CdfgGraph* graph) {
   const CopiesByName copies = CollectCopies(graph);
-  for (const NodeId file : files) {
+  for (const NodeId file : CdfgGetFiles(graph)) {
     CopyPrototypes(graph, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT), copies);
   }
 }
@@ -336,10 +362,9 @@ void RunPhase3(CdfgGraph* graph, const std::vector<NodeId>& files) {
 }  // namespace
 
 int CollectModuleFunctions(CdfgGraph* graph) {
-  const std::vector<NodeId> files = CdfgGetFiles(graph);
-  Collecting run{graph, nullptr, {}, {}};
-  RunDeep(RunPhase1(run, files));
+  Collecting run{graph, nullptr};
+  RunDeep(RunPhase1(run));
   RunDeep(RunPhase2(run));
-  RunPhase3(graph, files);
+  RunPhase3(graph);
   return 0;
 }

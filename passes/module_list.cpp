@@ -1,8 +1,8 @@
 #include "passes/module_list.h"
 
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
+
+#include "cdfg/hash.h"
 
 ModuleFunctionRecord* ModuleFunctionList = nullptr;
 
@@ -10,10 +10,10 @@ namespace {
 
 // What the questions are answered from; follows the list in every change.
 struct Tables {
-  std::unordered_set<std::string> module_code;  // names with their files
-  std::unordered_map<NodeId, ModuleFunctionRecord*> modules;
+  TextSet module_code;  // names with their files
+  IdMap<ModuleFunctionRecord*> modules;
   // By module (null: any), base, name and file.
-  std::unordered_map<std::string, ModuleInstanceRecord*> instances;
+  TextMap<ModuleInstanceRecord*> instances;
 };
 
 Tables tables;

@@ -11,11 +11,11 @@
 #include "passes/mul_div.h"
 
 #include <string_view>
-#include <unordered_map>
 
 #include "cdfg/chain.h"
 #include "cdfg/copy.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/walk.h"
 #include "constant/expr_type.h"
 #include "constant/literal.h"
@@ -30,7 +30,7 @@ struct Run {
   std::int32_t code = 0;  // of the operation whose operands are treated
   // The directive that a declaration with directives hands on, 0 for none: its list is read once,
   // however many operands name it.
-  std::unordered_map<NodeId, NodeId> directives;
+  IdMap<NodeId> directives;
 };
 
 void Link(CdfgGraph* graph, NodeId node, NodeId next) {

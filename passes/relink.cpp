@@ -57,11 +57,13 @@ void RelinkNode(Relinking& run, NodeId node) {
 }
 
 // The targets in front of an assignment: an edge that stands for a value is named itself, so the
-// walk along next does not pass them.
+// walk along next does not pass them. What owns them does not lead to the edge along next.
 void RelinkTargets(Relinking& run, NodeId edge) {
+  NodeId behind = edge;
   for (const NodeId node : PrevChain(run.graph, CdfgGetPrev(run.graph, edge))) {
-    if (CdfgGetKind(run.graph, node) == DFG_MANAGE_OPERATION) break;
+    if (CdfgGetNext(run.graph, node) != behind) break;
     RelinkNode(run, node);
+    behind = node;
   }
 }
 

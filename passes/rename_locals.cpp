@@ -16,11 +16,10 @@
 #include <cstdio>
 #include <deque>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "cdfg/chain.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/walk.h"
 #include "passes/module_list.h"
@@ -69,8 +68,8 @@ class Scope {
  private:
   CdfgGraph* graph_;
   std::deque<ScopeEntry> entries_;
-  std::unordered_set<std::string> names_;
-  std::unordered_map<std::string, int> next_numbers_;
+  TextSet names_;
+  TextMap<int> next_numbers_;
 };
 
 // --- Registering and renaming --------------------------------------------------------------------
