@@ -50,6 +50,7 @@ int CdfgAppend(CdfgGraph* graph, NodeId first, NodeId added) {
     if (CdfgGetNext(graph, node) == node) return -1;
     last = node;
   }
+  if (CdfgHasNode(graph, last) == 0) return -1;
   CdfgSetPrev(graph, added, last);
   return CdfgSetNext(graph, last, added);
 }

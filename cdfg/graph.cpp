@@ -430,7 +430,8 @@ bool AppendNode(CdfgGraph& graph, NodeId id) {
 }
 
 void ReserveAttributes(CdfgGraph& graph, NodeRecord& node, std::uint32_t count) {
-  if (node.attribute_capacity == 0 && count != 0) GrowRun(graph, node, count);
+  if (node.attribute_capacity != 0 || count == 0) return;
+  if (!GrowRun(graph, node, count)) Short(graph);
 }
 
 int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,

@@ -108,7 +108,7 @@ inline bool IsFreed(const NodeRecord& node) { return node.file_name == kFreedNod
 NodeRecord* FindNode(const CdfgGraph* graph, NodeId id);
 // Appends an empty node with this id and makes it the highest id. False when memory is short.
 bool AppendNode(CdfgGraph& graph, NodeId id);
-// Makes room for `count` attributes in a node that has none yet. A hint: failure is no harm.
+// Makes room for `count` attributes in a node that has none yet.
 void ReserveAttributes(CdfgGraph& graph, NodeRecord& node, std::uint32_t count);
 
 // The setters of cdfg/graph.h for the node at a place. `bits` holds the value in its lowest `width`

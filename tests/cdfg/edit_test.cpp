@@ -148,12 +148,17 @@ TEST_F(Edit, DoesNotAppendNothingOrToNothing) {
   EXPECT_EQ(CdfgGetPrev(graph, 1), 0U);
 }
 
-TEST_F(Edit, DoesNotAppendUnknownNodesOrToThem) {
+TEST_F(Edit, DoesNotAppendToUnknownNodes) {
   AddNodes(1);
-  EXPECT_EQ(CdfgAppend(graph, 1, 99), -1);
   EXPECT_EQ(CdfgAppend(graph, 99, 1), -1);
-  EXPECT_EQ(CdfgGetNext(graph, 1), 0U);
   EXPECT_EQ(CdfgGetPrev(graph, 1), 0U);
+}
+
+// A dangling link stays one when what it leads to is appended elsewhere.
+TEST_F(Edit, AppendsUnknownNodesAsALink) {
+  AddNodes(1);
+  EXPECT_EQ(CdfgAppend(graph, 1, 99), 0);
+  EXPECT_EQ(CdfgGetNext(graph, 1), 99U);
 }
 
 TEST_F(Edit, StopsTheRunWhenAppendingToACircle) {

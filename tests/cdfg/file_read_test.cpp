@@ -342,6 +342,22 @@ TEST_F(FileRead, SkipsAStringThatIsCutShort) {
   }
 }
 
+TEST_F(FileRead, TakesNothingOutOfAStringThatIsCutShort) {
+  // What looks like a second attribute and the end of the node belongs to the string.
+  const std::string inside = IntAttribute(2, 5) + Tail("a.c", 3, 4) + PlainNode(2, 36);
+  Read(Head(1, 47, {}, 2) + support::U32(1) + support::U32(ATTR_STRING) + support::U16(1000) +
+       inside);
+  EXPECT_EQ(Attributes(graph.get(), 1), "");
+  EXPECT_EQ(Position(graph.get(), 1), "-:0:0");
+  EXPECT_EQ(CdfgNodeCount(graph.get()), 1U);
+}
+
+TEST_F(FileRead, TakesNothingOutOfAFileNameThatIsCutShort) {
+  Read(Head(1, 47) + support::U16(1000) + PlainNode(2, 36) + PlainNode(3, 36));
+  EXPECT_EQ(Position(graph.get(), 1), "-:0:0");
+  EXPECT_EQ(CdfgNodeCount(graph.get()), 1U);
+}
+
 TEST_F(FileRead, KeepsAnEmptyStringAtTheVeryEnd) {
   EXPECT_EQ(Attributes(Read(Head(1, 47, {}, 1) + StringAttribute(1, "")), 1), "1=\"\"");
 }
@@ -402,6 +418,12 @@ TEST_F(FileRead, JoinsAttributesOfOneIdInARoundTrip) {
   EXPECT_EQ(RoundTrip(Head(1, 47, {}, 3) + IntAttribute(1, 5) + IntAttribute(2, 6) +
                       NodeAttribute(1, 7) + Tail()),
             Head(1, 47, {}, 2) + NodeAttribute(1, 7) + IntAttribute(2, 6) + Tail());
+}
+
+TEST_F(FileRead, ShortensStringsAtTheirFirstZeroByteInARoundTrip) {
+  const std::string text("ab\0cd", 5);
+  EXPECT_EQ(RoundTrip(Head(1, 47, {}, 1) + StringAttribute(1, text) + Tail(text, 3, 4)),
+            Head(1, 47, {}, 1) + StringAttribute(1, "ab") + Tail("ab", 3, 4));
 }
 
 TEST_F(FileRead, LowersANegativeCountToZeroInARoundTrip) {

@@ -1,5 +1,6 @@
 // A whole run of the program: what it reads, what it writes and how it ends.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include "cdfg/file.h"
 #include "tests/driver/kelvo_run.h"
 #include "tests/driver/module_design.h"
+#include "tests/support/stack.h"
 
 namespace {
 
@@ -23,6 +25,15 @@ using support::Tail;
 
 class Elaborate : public KelvoRun {
  protected:
+  // What a run over the module design with these options in front writes.
+  std::string RunModuleDesign(std::vector<std::string> options) const {
+    const std::string design = dir.Path("module.cdfg");
+    WriteModuleDesign(design);
+    options.insert(options.end(), {design, info, output});
+    const auto result = Run(options);
+    EXPECT_EQ(result.status, 0);
+    return ReadFile(output);
+  }
   // Runs over a file of these bytes.
   support::ProcessResult RunBytes(const std::string& bytes) const {
     return Run({dir.File("bytes.cdfg", bytes), info, output});
@@ -141,32 +152,64 @@ TEST_F(Elaborate, MayWriteWhereItReads) {
 }
 
 TEST_F(Elaborate, GivesTheSameOutputAgainAndAgain) {
-  const std::string design = dir.Path("module.cdfg");
-  WriteModuleDesign(design);
-  EXPECT_EQ(Run({design, info, output}).status, 0);
-  const std::string first = ReadFile(output);
-  EXPECT_EQ(Run({design, info, output}).status, 0);
-  EXPECT_EQ(ReadFile(output), first);
+  EXPECT_EQ(RunModuleDesign({}), RunModuleDesign({}));
 }
 
 TEST_F(Elaborate, GivesTheSameOutputWithOptionsThatOnlyPrint) {
-  const std::string design = dir.Path("module.cdfg");
-  WriteModuleDesign(design);
-  EXPECT_EQ(Run({design, info, output}).status, 0);
-  const std::string plain = ReadFile(output);
-  EXPECT_EQ(Run({"-debug", "-title", "-module", design, info, output}).status, 0);
-  EXPECT_EQ(ReadFile(output), plain);
+  EXPECT_EQ(RunModuleDesign({"-debug", "-title", "-module"}), RunModuleDesign({}));
+}
+
+TEST_F(Elaborate, NamesTemporariesItself) {
+  const std::string plain = RunModuleDesign({});
+  EXPECT_NE(plain.find("__fpfix_tmp_000000"), std::string::npos);
+  EXPECT_NE(plain.find("__fpfix_cast_000000"), std::string::npos);
+  EXPECT_EQ(plain.find("__fpfix_cast_000001"), std::string::npos);
+}
+
+TEST_F(Elaborate, NamesTemporariesByTheirPrefix) {
+  const std::string prefixed = RunModuleDesign({"-p_tvar", "mine_"});
+  EXPECT_NE(prefixed.find("mine_0"), std::string::npos);
+  EXPECT_NE(prefixed.find("mine_1"), std::string::npos);
+  EXPECT_EQ(prefixed.find("__fpfix_tmp_"), std::string::npos);
+  EXPECT_NE(prefixed.find("__fpfix_cast_000000"), std::string::npos);
 }
 
 TEST_F(Elaborate, GivesTheSameOutputWhateverTheCastPrefix) {
-  const std::string design = dir.Path("module.cdfg");
-  WriteModuleDesign(design);
-  EXPECT_EQ(Run({design, info, output}).status, 0);
-  const std::string plain = ReadFile(output);
-  const auto result = Run({"-p_cvar", "other_", design, info, output});
+  EXPECT_EQ(RunModuleDesign({"-p_cvar", "other_"}), RunModuleDesign({}));
+  EXPECT_EQ(RunModuleDesign({"-p_cvar", "other_", "-p_tvar", "mine_"}),
+            RunModuleDesign({"-p_tvar", "mine_"}));
+}
+
+// --- Deep inputs ---------------------------------------------------------------------------------
+
+// Limits the stack of the programs run to the usual size, for the length of a scope.
+class UsualStack {
+ public:
+  UsualStack() {
+    getrlimit(RLIMIT_STACK, &before_);
+    rlimit limit = before_;
+    limit.rlim_cur = support::kDefaultStack;
+    EXPECT_EQ(setrlimit(RLIMIT_STACK, &limit), 0);
+  }
+  ~UsualStack() { setrlimit(RLIMIT_STACK, &before_); }
+  UsualStack(const UsualStack&) = delete;
+  UsualStack& operator=(const UsualStack&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(Elaborate, OfDeeplyNestedOperationsNeedsNoDeepStack) {
+  const std::string design = dir.Path("deep.cdfg");
+  WriteDeepDesign(design, 100000);
+  const UsualStack stack;
+  const auto result = Run({design, info, output});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output, "");
-  EXPECT_EQ(ReadFile(output), plain);
+  // All operations but the outermost one are taken out into temporaries.
+  const std::string bytes = ReadFile(output);
+  EXPECT_NE(bytes.find("__fpfix_tmp_099998"), std::string::npos);
+  EXPECT_EQ(bytes.find("__fpfix_tmp_099999"), std::string::npos);
 }
 
 // --- Endless inputs ------------------------------------------------------------------------------

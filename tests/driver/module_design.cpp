@@ -55,6 +55,16 @@ class Maker {
   }
   // A reference edge with a variable or a constant behind it.
   NodeId Read(NodeId declaration) { return Reference(Port(DFG_INPUT_VAR, declaration)); }
+  // A reference edge with a cast of a variable to char behind it.
+  NodeId ReadAsChar(NodeId declaration) {
+    const NodeId cast = Node(DFG_SPEC);
+    CdfgSetAttrInt(graph_, cast, DfgSpec_SIGNED, 1);
+    CdfgSetAttrInt(graph_, cast, DfgSpec_VALTYPE, DECL_VALTYPE_CHAR);
+    const NodeId value = Read(declaration);
+    CdfgSetNext(graph_, cast, value);
+    CdfgSetPrev(graph_, value, cast);
+    return Reference(cast);
+  }
   NodeId Constant(const char* text, std::int32_t value) {
     const NodeId node = Node(DFG_INPUT_CONST);
     CdfgSetAttrStr(graph_, node, DfgInputCnst_STRVALUE, text);
@@ -145,7 +155,7 @@ NodeId MakeTop(Maker& make, CdfgGraph* graph, NodeId sub) {
   make.Own(function, CfgFunc_ARGLIST, {a, b});
   make.Own(function, CfgFunc_DECLARE, {x});
   const NodeId divisor =
-      make.Operation(CALC_Add, make.Read(b), make.Call(sub, make.Read(a), make.Read(b)));
+      make.Operation(CALC_Add, make.ReadAsChar(b), make.Call(sub, make.Read(a), make.Read(b)));
   const NodeId body = make.Holder(CFG_STATE_DATAPATH, CfgDatapath_OPELIST,
                                   make.Assign(x, make.Operation(CALC_Div, make.Read(a), divisor)));
   const NodeId loop = make.Node(CFG_LOOP_BEGIN);
@@ -161,13 +171,34 @@ NodeId MakeTop(Maker& make, CdfgGraph* graph, NodeId sub) {
   return function;
 }
 
-NodeId MakeMain(Maker& make, NodeId top) {
+NodeId MakeDeepTop(Maker& make, int depth) {
+  const NodeId function = make.Function("top");
+  const NodeId a = make.Declaration("a");
+  const NodeId b = make.Declaration("b");
+  make.Own(function, CfgFunc_ARGLIST, {a, b});
+  NodeId sum = make.Read(a);
+  for (int i = 0; i < depth; ++i) sum = make.Operation(CALC_Add, sum, make.Read(b));
+  make.Own(function, CfgFunc_STARTCFG,
+           {make.Holder(CFG_STATE_DATAPATH, CfgDatapath_OPELIST, make.Assign(a, sum))});
+  return function;
+}
+
+NodeId MakeMain(Maker& make, NodeId top, const char* directive) {
   const NodeId function = make.Function("main");
   const NodeId call = make.Call(top, make.Constant("1", 1), make.Constant("2", 2));
-  make.Own(call, DfgFuncCall_DIRECTIVE, {make.Directive("module prefix=p")});
+  make.Own(call, DfgFuncCall_DIRECTIVE, {make.Directive(directive)});
   make.Own(function, CfgFunc_STARTCFG,
            {make.Holder(CFG_STATE_DATAPATH, CfgDatapath_OPELIST, make.Evaluate(call))});
   return function;
+}
+
+// Makes the root and the file, and answers the file.
+NodeId MakeFile(Maker& make, CdfgGraph* graph) {
+  const NodeId root = make.Node(CFG_ROOT);
+  const NodeId file = make.Node(CFG_FILEINFO);
+  CdfgSetAttrStr(graph, file, CfgFileinfo_NAME, kFile);
+  make.Own(root, CfgRoot_ELEMENT, {file});
+  return file;
 }
 
 }  // namespace
@@ -175,12 +206,18 @@ NodeId MakeMain(Maker& make, NodeId top) {
 void WriteModuleDesign(const std::string& path) {
   const support::OwnedGraph graph(CdfgNewGraph());
   Maker make(graph.get());
-  const NodeId root = make.Node(CFG_ROOT);
-  const NodeId file = make.Node(CFG_FILEINFO);
-  CdfgSetAttrStr(graph.get(), file, CfgFileinfo_NAME, kFile);
-  make.Own(root, CfgRoot_ELEMENT, {file});
+  const NodeId file = MakeFile(make, graph.get());
   const NodeId sub = MakeSub(make);
   const NodeId top = MakeTop(make, graph.get(), sub);
-  make.Own(file, CfgFileinfo_ELEMENT, {sub, top, MakeMain(make, top)});
+  make.Own(file, CfgFileinfo_ELEMENT, {sub, top, MakeMain(make, top, "module prefix=p")});
+  ASSERT_EQ(CdfgWriteFile(graph.get(), path.c_str()), 0);
+}
+
+void WriteDeepDesign(const std::string& path, int depth) {
+  const support::OwnedGraph graph(CdfgNewGraph());
+  Maker make(graph.get());
+  const NodeId file = MakeFile(make, graph.get());
+  const NodeId top = MakeDeepTop(make, depth);
+  make.Own(file, CfgFileinfo_ELEMENT, {top, MakeMain(make, top, "module")});
   ASSERT_EQ(CdfgWriteFile(graph.get(), path.c_str()), 0);
 }
