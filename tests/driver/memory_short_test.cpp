@@ -31,6 +31,7 @@ class MemoryShort : public KelvoRun {
   support::ProcessResult RunFailing(int failing, bool onwards,
                                     const std::vector<std::string>& options = {}) {
     std::filesystem::remove(report);
+    std::filesystem::remove(output);
     std::vector<std::string> settings = {"FAILING_MALLOC_AT=" + std::to_string(failing),
                                          "FAILING_MALLOC_REPORT=" + report};
 #ifdef FAILING_MALLOC
@@ -64,6 +65,7 @@ class MemoryShort : public KelvoRun {
           << "allocation " << failing << " said: " << result.output;
       EXPECT_LE(std::count(result.output.begin(), result.output.end(), '\n'), 2);
       EXPECT_EQ(result.errors, "") << "allocation " << failing;
+      EXPECT_FALSE(std::filesystem::exists(output)) << "allocation " << failing;
     }
     ADD_FAILURE() << "the run makes more allocations than this test looks at";
     return 0;
