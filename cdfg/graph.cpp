@@ -52,7 +52,7 @@ bool MakeRoom(PlaceTable& table, StartOf start_of) {
       static_cast<std::uint32_t*>(std::malloc(larger.slot_count * sizeof(std::uint32_t)));
   if (larger.slots == nullptr) return false;
   std::fill_n(larger.slots, larger.slot_count, kNoPlace);
-  for (std::size_t i = 0; i < table.slot_count; ++i) {
+  for (std::size_t i = 0; table.slots != nullptr && i < table.slot_count; ++i) {
     const std::uint32_t number = table.slots[i];
     if (number == kNoPlace) continue;
     larger.slots[ProbeSlot(larger, start_of(number), [](std::uint32_t) { return false; })] = number;
