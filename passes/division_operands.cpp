@@ -9,6 +9,7 @@
 // The order in which nodes are made here is seen in the file; it follows the order of evaluation.
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 
 #include "cdfg/chain.h"
 #include "cdfg/copy.h"
@@ -54,10 +55,14 @@ NodeId TakeAssignedPort(Division& run, NodeId edge) {
 }
 
 // Takes a value out: a statement that assigns it to a new temporary.
-NodeId AssignToTemp(Division& run, NodeId value) {
-  const NodeId variable = MakeTempVar(run.graph, value, TypeOfValue(run.graph, value));
+NodeId AssignToTemp(Division& run, NodeId value, const ExprType& type) {
+  const NodeId variable = MakeTempVar(run.graph, value, type);
   AssignPending(run, variable, value);
   return variable;
+}
+
+NodeId AssignToTemp(Division& run, NodeId value) {
+  return AssignToTemp(run, value, TypeOfValue(run.graph, value));
 }
 
 // --- Assignment operators ------------------------------------------------------------------------
@@ -198,17 +203,24 @@ Deep<NodeId> DivideCast(Division& run, NodeId cast) {
 
 // --- Indexes -------------------------------------------------------------------------------------
 
-// A reference as an index: every indexed port along it is taken out.
+bool IsIndexedVariable(const CdfgGraph* graph, NodeId port) {
+  const std::uint32_t kind = CdfgGetKind(graph, port);
+  return (kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_VAR) &&
+         CdfgGetAttr(graph, port, DfgPort_DIMNODE) != 0;
+}
+
+// A reference as an index: every indexed port along it is taken out. All members of one chain have
+// the type of its last, which is looked up once: a chain of n members costs n.
 Deep<> DivideReferenceIndex(Division& run, NodeId index, NodeId reference) {
   CdfgGraph* graph = run.graph;
   for (const NodeId node : NextChain(graph, reference)) {
     co_await DivideIndexes(run, node);
+    std::optional<ExprType> type;
     for (const NodeId port : MemberChain(graph, node)) {
-      const std::uint32_t kind = CdfgGetKind(graph, port);
-      if (!CdfgIsPort(kind)) break;
-      if (kind != DFG_INPUT_VAR && kind != DFG_OUTPUT_VAR) continue;
-      if (CdfgGetAttr(graph, port, DfgPort_DIMNODE) == 0) continue;
-      const NodeId read = MakeReference(graph, AssignToTemp(run, port));
+      if (!CdfgIsPort(CdfgGetKind(graph, port))) break;
+      if (!IsIndexedVariable(graph, port)) continue;
+      if (!type) type = TypeOfValue(graph, port);
+      const NodeId read = MakeReference(graph, AssignToTemp(run, port, *type));
       CdfgSetAttrNode(graph, index, DfgDim_NODE, read);
     }
   }

@@ -17,6 +17,7 @@
 #include "cdfg/chain.h"
 #include "cdfg/copy.h"
 #include "cdfg/edit.h"
+#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/walk.h"
 #include "constant/expr_type.h"
@@ -103,13 +104,38 @@ void DropFurtherReferences(CdfgGraph* graph, NodeId reference) {
   if (!IsBlocking(graph, behind)) CdfgSetPrev(graph, behind, reference);
 }
 
-void CleanNode(CdfgGraph* graph, ChainWalk& walk, NodeId node) {
+// The walk of references through one statement after the other.
+struct Cleanup {
+  CdfgGraph* graph;
+  ChainWalk walk;
+  std::uint32_t statement = 0;  // how many statements have been begun
+  // In which statement each member chain was entered first.
+  IdMap<std::uint32_t> members = {};
+
+  explicit Cleanup(CdfgGraph* of) : graph(of), walk(of) {}
+};
+
+// Where an index had several indexed members, each is read by a statement of its own and is a
+// member in those before it. What an earlier statement has cleaned is clean, so n of them cost n.
+bool IsClean(Cleanup& run, NodeId members) {
+  const auto [entry, is_new] = run.members.try_emplace(members, run.statement);
+  return !is_new && entry->second != run.statement;
+}
+
+void CleanPort(Cleanup& run, NodeId port) {
+  run.walk.Enter(CdfgGetAttr(run.graph, port, DfgPort_DIMNODE), kIndexes);
+  const NodeId members = CdfgGetAttr(run.graph, port, DfgPort_STRSON);
+  if (members != 0 && !IsClean(run, members)) run.walk.Enter(members, kExpression);
+}
+
+void CleanNode(Cleanup& run, NodeId node) {
+  const CdfgGraph* graph = run.graph;
+  ChainWalk& walk = run.walk;
   const std::uint32_t kind = CdfgGetKind(graph, node);
   if (kind == DFG_EDGE_PRESEDE) {
-    DropFurtherReferences(graph, node);
+    DropFurtherReferences(run.graph, node);
   } else if (IsReadPort(kind)) {
-    walk.Enter(CdfgGetAttr(graph, node, DfgPort_DIMNODE), kIndexes);
-    walk.Enter(CdfgGetAttr(graph, node, DfgPort_STRSON), kExpression);
+    CleanPort(run, node);
   } else if (kind == DFG_FUNC_CALL) {
     walk.Enter(CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST), kArguments);
   } else if (kind == DFG_OPERATION) {
@@ -119,7 +145,9 @@ void CleanNode(CdfgGraph* graph, ChainWalk& walk, NodeId node) {
   }
 }
 
-void CleanReferences(CdfgGraph* graph, ChainWalk& walk, NodeId first, Tag tag) {
+void CleanReferences(Cleanup& run, NodeId first, Tag tag) {
+  const CdfgGraph* graph = run.graph;
+  ChainWalk& walk = run.walk;
   walk.Start(first, tag);
   while (const NodeId node = walk.Next()) {
     switch (walk.Tag()) {
@@ -130,25 +158,27 @@ void CleanReferences(CdfgGraph* graph, ChainWalk& walk, NodeId first, Tag tag) {
         walk.Enter(CdfgGetAttr(graph, node, DfgPortInfo_SIGNAL), kExpression);
         break;
       default:
-        CleanNode(graph, walk, node);
+        CleanNode(run, node);
         break;
     }
   }
 }
 
 // Of the target only its own indexes are looked at, not those of its members: kept.
-void MakeTargetWritten(CdfgGraph* graph, ChainWalk& walk, NodeId target) {
+void MakeTargetWritten(Cleanup& run, NodeId target) {
+  CdfgGraph* graph = run.graph;
   const std::uint32_t kind = CdfgGetKind(graph, target);
   if (kind != DFG_INPUT_VAR && kind != DFG_OUTPUT_VAR) return;
   CdfgRekindChain(graph, target, DFG_INPUT_VAR, DFG_OUTPUT_VAR);
-  CleanReferences(graph, walk, CdfgGetAttr(graph, target, DfgPort_DIMNODE), kIndexes);
+  CleanReferences(run, CdfgGetAttr(graph, target, DfgPort_DIMNODE), kIndexes);
 }
 
-void TidyStatement(CdfgGraph* graph, ChainWalk& walk, NodeId statement) {
-  const NodeId root = RootOf(graph, statement);
-  if (IsBlocking(graph, root)) MakeTargetWritten(graph, walk, CdfgGetPrev(graph, root));
+void TidyStatement(Cleanup& run, NodeId statement) {
+  ++run.statement;
+  const NodeId root = RootOf(run.graph, statement);
+  if (IsBlocking(run.graph, root)) MakeTargetWritten(run, CdfgGetPrev(run.graph, root));
   // An edge at the head has nothing to clean; the walk goes on to the value behind it.
-  CleanReferences(graph, walk, root, kExpression);
+  CleanReferences(run, root, kExpression);
 }
 
 // --- 3. Floating conditionals --------------------------------------------------------------------
@@ -231,20 +261,21 @@ void ConvertBranches(CdfgGraph* graph, NodeId statement) {
 
 // --- The statements of module code ---------------------------------------------------------------
 
-void RemakeDatapath(CdfgGraph* graph, ChainWalk& walk, NodeId datapath) {
+void RemakeDatapath(Cleanup& run, NodeId datapath) {
+  CdfgGraph* graph = run.graph;
   const NodeId first = CdfgGetAttr(graph, datapath, CfgDatapath_OPELIST);
   // Meets the statements that it makes; none of them is chained.
   for (const NodeId statement : NextChain(graph, first)) SplitAssignments(graph, statement);
-  for (const NodeId statement : NextChain(graph, first)) TidyStatement(graph, walk, statement);
+  for (const NodeId statement : NextChain(graph, first)) TidyStatement(run, statement);
   for (const NodeId statement : NextChain(graph, first)) ConvertBranches(graph, statement);
 }
 
 void RemakeFunction(CdfgGraph* graph, NodeId function) {
   CdfgSetDeclScope(function);
-  ChainWalk references(graph);
+  Cleanup run(graph);
   StatementWalk statements(graph, CdfgGetAttr(graph, function, CfgFunc_STARTCFG));
   while (const NodeId node = statements.Next()) {
-    if (CdfgGetKind(graph, node) == CFG_STATE_DATAPATH) RemakeDatapath(graph, references, node);
+    if (CdfgGetKind(graph, node) == CFG_STATE_DATAPATH) RemakeDatapath(run, node);
   }
 }
 
