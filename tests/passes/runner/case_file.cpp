@@ -81,7 +81,12 @@ bool TakeSetting(CaseReader* reader, std::string_view line) {
     reader->parsed->is_damaged = true;
     return true;
   }
-  return Fail(reader, "expected 'pass: ', 'options: ', 'shape: damaged' or '-- before --'");
+  if (key == "shape" && value == "loose") {
+    reader->parsed->is_loose = true;
+    return true;
+  }
+  return Fail(reader,
+              "expected 'pass: ', 'options: ', 'shape: damaged', 'shape: loose' or '-- before --'");
 }
 
 std::optional<SectionName> SectionOf(std::string_view line) {

@@ -28,6 +28,7 @@ struct PassCase {
   std::vector<const PipelineStep*> steps;
   std::vector<std::string> options;  // words of a command line
   bool is_damaged = false;           // the graph may break the rules of shape
+  bool is_loose = false;             // it breaks one that a step brings about
   std::array<CaseSection, kSectionCount> sections;
   int status = 0;
 };

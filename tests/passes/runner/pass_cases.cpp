@@ -1,5 +1,8 @@
 // Runs pass cases: pass_cases [--rewrite] FILE-OR-DIRECTORY...
 //
+// A file named *.cdfg is a design: the whole pipeline runs over it, and its shape is checked after
+// every step.
+//
 // Prints what differs for each case that fails and a closing count; status 0 when all passed, 1
 // when one failed, 2 for a command line without cases. With --rewrite, expectations that do not
 // hold are replaced in the files; the change is then there to be read before it is committed.
@@ -38,7 +41,8 @@ void AddCases(const fs::path& path, std::vector<std::string>* cases) {
   }
   std::vector<std::string> found;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
-    if (entry.path().extension() == ".case") found.push_back(entry.path().string());
+    const fs::path extension = entry.path().extension();
+    if (extension == ".case" || extension == ".cdfg") found.push_back(entry.path().string());
   }
   std::sort(found.begin(), found.end());
   cases->insert(cases->end(), found.begin(), found.end());
@@ -87,10 +91,11 @@ void RunOne(const std::string& path, bool rewrite, Count* count) {
     ++count->failed;
     return;
   }
-  const CaseRun run = RunCase(path, content);
+  const bool is_design = fs::path(path).extension() == ".cdfg";
+  const CaseRun run = is_design ? RunDesign(path, content) : RunCase(path, content);
   if (Passed(run)) {
     ++count->passed;
-  } else if (rewrite && Rewrite(run)) {
+  } else if (rewrite && !is_design && Rewrite(run)) {
     ++count->rewritten;
   } else {
     Report(run);

@@ -33,7 +33,11 @@ void RunSteps(const PassCase& parsed, CdfgGraph* graph, Outcome* outcome) {
   const std::span<const PipelineStep* const> steps = parsed.steps;
   for (std::size_t done = 0;; ++done) {
     if (!parsed.is_damaged && outcome->shape_problems.empty()) {
-      outcome->shape_problems = FindShapeProblems(graph, steps.subspan(0, done));
+      const ShapeRules rules = parsed.is_loose ? ShapeRules::Loose : ShapeRules::All;
+      outcome->shape_problems = FindShapeProblems(graph, steps.subspan(0, done), rules);
+    }
+    if (parsed.is_loose && !outcome->is_loose) {
+      outcome->is_loose = !FindShapeProblems(graph, steps.subspan(0, done)).empty();
     }
     if (done == steps.size()) return;
     RunStep(*steps[done], graph);
@@ -125,6 +129,10 @@ void CheckShape(CaseRun* run) {
   for (const std::string& problem : run->outcome.shape_problems) {
     verdict->details += "shape " + problem + "\n";
   }
+  if (run->parsed.is_loose && run->outcome.status == 0 && !run->outcome.is_loose) {
+    verdict->shape = false;
+    verdict->details += "all rules of shape hold: 'shape: loose' is not needed\n";
+  }
 }
 
 // --- The whole case ------------------------------------------------------------------------------
@@ -209,6 +217,18 @@ CaseRun RunCase(const std::string& path, const std::string& content) {
   if (!ReadExpected(&run, before, &expected)) return run;
   Execute(&run, before);
   if (run.mistake.empty()) Compare(&run, expected);
+  return run;
+}
+
+CaseRun RunDesign(const std::string& path, const std::string& bytes) {
+  CaseRun run;
+  run.parsed.path = path;
+  run.parsed.intent = "a whole design";
+  for (const PipelineStep& step : Pipeline()) run.parsed.steps.push_back(&step);
+  Execute(&run, bytes);
+  CheckStatus(&run);
+  CheckOutput(&run);
+  CheckShape(&run);
   return run;
 }
 

@@ -14,6 +14,7 @@ struct Outcome {
   std::string output;  // printed on standard output
   std::string state;   // as DescribeState has it
   std::vector<std::string> shape_problems;
+  bool is_loose = false;  // a rule was broken that a step brings about
 };
 
 // Which expectations hold.
@@ -37,6 +38,10 @@ struct CaseRun {
 
 // Never fails: what is wrong stands in the result.
 CaseRun RunCase(const std::string& path, const std::string& content);
+
+// Runs the whole pipeline over a design as it stands in a file. Nothing may be printed, nothing may
+// stop the run, and the rules of shape have to hold after every step.
+CaseRun RunDesign(const std::string& path, const std::string& bytes);
 
 bool Passed(const CaseRun& run);
 

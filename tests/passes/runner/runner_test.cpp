@@ -133,6 +133,14 @@ TEST(RunCaseTest, BeginsEveryCaseWithFreshState) {
   EXPECT_TRUE(Passed(Tried(other)));
 }
 
+TEST(RunCaseTest, FailsWhenALooseCaseIsNot) {
+  const CaseRun run = Tried(
+      "# All is well.\npass: name-table\nshape: loose\n-- before --\n"
+      "CFG_ROOT\n-- after --\nunchanged\n");
+  EXPECT_FALSE(run.verdict.shape);
+  EXPECT_EQ(run.verdict.details, "all rules of shape hold: 'shape: loose' is not needed\n");
+}
+
 TEST(RunCaseTest, ChecksShapesUnlessTheCaseIsDamaged) {
   const std::string graph = "-- before --\nCFG_BREAK next @9\n-- after --\nunchanged\n";
   const CaseRun run = Tried("# A link leads nowhere.\npass: name-table\n" + graph);

@@ -3,16 +3,12 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "cdfg/names.h"
-
 namespace {
 
 constexpr std::size_t kMostProblems = 10;
 
 std::string Described(const CdfgGraph* graph, NodeId node) {
-  char kind[64];
-  CdfgKindName(kind, CdfgGetKind(graph, node));
-  return "node " + std::to_string(node) + " (" + kind + ")";
+  return "node " + std::to_string(node) + " (" + KindName(graph, node) + ")";
 }
 
 // --- Links resolve -------------------------------------------------------------------------------
@@ -61,16 +57,25 @@ void CheckChainsEnd(const CdfgGraph* graph, std::vector<std::string>* problems) 
 // --- The table -----------------------------------------------------------------------------------
 
 constexpr ShapeCheck kChecks[] = {
-    {"links resolve", nullptr, CheckLinksResolve},
-    {"chains end", nullptr, CheckChainsEnd},
+    {"links resolve", nullptr, nullptr, CheckLinksResolve},
+    {"chains end", nullptr, nullptr, CheckChainsEnd},
+    {"statements are flat", "division-expression", nullptr, CheckStatementsAreFlat},
+    {"targets are flat", "division-expression", "remake-dfg", CheckTargetsAreFlat},
+    {"datapaths are remade", "remake-dfg", nullptr, CheckDatapathsAreRemade},
+    {"one statement per datapath", "split-datapaths", nullptr, CheckDatapathsAreSingle},
 };
 
-bool Holds(const ShapeCheck& check, std::span<const PipelineStep* const> steps) {
-  if (check.from_step == nullptr) return true;
+bool HasRun(const char* name, std::span<const PipelineStep* const> steps) {
   for (const PipelineStep* step : steps) {
-    if (std::string_view(step->name) == check.from_step) return true;
+    if (std::string_view(step->name) == name) return true;
   }
   return false;
+}
+
+bool Holds(const ShapeCheck& check, std::span<const PipelineStep* const> steps, ShapeRules rules) {
+  if (check.from_step == nullptr) return true;
+  if (rules == ShapeRules::Loose || !HasRun(check.from_step, steps)) return false;
+  return check.until_step == nullptr || !HasRun(check.until_step, steps);
 }
 
 }  // namespace
@@ -78,11 +83,12 @@ bool Holds(const ShapeCheck& check, std::span<const PipelineStep* const> steps) 
 std::span<const ShapeCheck> ShapeChecks() { return kChecks; }
 
 std::vector<std::string> FindShapeProblems(const CdfgGraph* graph,
-                                           std::span<const PipelineStep* const> steps) {
+                                           std::span<const PipelineStep* const> steps,
+                                           ShapeRules rules) {
   const std::string when = steps.empty() ? "as read" : std::string("after ") + steps.back()->name;
   std::vector<std::string> lines;
   for (const ShapeCheck& check : ShapeChecks()) {
-    if (!Holds(check, steps)) continue;
+    if (!Holds(check, steps, rules)) continue;
     std::vector<std::string> problems;
     check.check(graph, &problems);
     if (problems.size() > kMostProblems) problems.resize(kMostProblems);
