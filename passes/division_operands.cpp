@@ -209,15 +209,26 @@ bool IsIndexedVariable(const CdfgGraph* graph, NodeId port) {
          CdfgGetAttr(graph, port, DfgPort_DIMNODE) != 0;
 }
 
-// A reference as an index: every indexed port along it is taken out. All members of one chain have
-// the type of its last, which is looked up once: a chain of n members costs n.
+// Divides the indexes of a member chain again from each of its members on: what replaced an index
+// the first time may have indexes itself, as in v[s.m[++t.n[i]]]. Once that makes nothing new, it
+// makes nothing from any later member on, so a chain of n members costs n.
+Deep<> DivideMember(Division& run, NodeId port, bool& is_settled) {
+  if (is_settled) co_return;
+  const std::size_t nodes = CdfgNodeCount(run.graph);
+  co_await DivideIndexes(run, port);
+  is_settled = CdfgNodeCount(run.graph) == nodes;
+}
+
+// A reference as an index: every port along it is divided and, where it has indexes, taken out. All
+// members of one chain have the type of its last, which is looked up once.
 Deep<> DivideReferenceIndex(Division& run, NodeId index, NodeId reference) {
   CdfgGraph* graph = run.graph;
   for (const NodeId node : NextChain(graph, reference)) {
-    co_await DivideIndexes(run, node);
+    bool is_settled = false;
     std::optional<ExprType> type;
     for (const NodeId port : MemberChain(graph, node)) {
       if (!CdfgIsPort(CdfgGetKind(graph, port))) break;
+      co_await DivideMember(run, port, is_settled);
       if (!IsIndexedVariable(graph, port)) continue;
       if (!type) type = TypeOfValue(graph, port);
       const NodeId read = MakeReference(graph, AssignToTemp(run, port, *type));

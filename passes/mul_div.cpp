@@ -41,7 +41,6 @@ void Link(CdfgGraph* graph, NodeId node, NodeId next) {
 // --- Directives ----------------------------------------------------------------------------------
 
 bool ChoosesUnit(const CdfgGraph* graph, NodeId directive) {
-  if (CdfgGetKind(graph, directive) != INFO_DIRECTIVE) return false;
   const char* text = CdfgGetAttrStr(graph, directive, DfgDirective_STR);
   if (text == nullptr) return false;
   return std::string_view(text) == "float" || std::string_view(text) == "fixedP";
@@ -151,7 +150,6 @@ void TreatDatapath(Run& run, NodeId datapath) {
   run.datapath = datapath;
   for (const NodeId statement :
        NextChain(graph, CdfgGetAttr(graph, datapath, CfgDatapath_OPELIST))) {
-    if (CdfgGetKind(graph, statement) != DFG_MANAGE_OPERATION) continue;
     const NodeId root = CdfgGetAttr(graph, statement, DfgOpeman_OPE);
     for (const NodeId node : NextChain(graph, root)) TreatNode(run, node);
   }

@@ -26,9 +26,7 @@
 
 namespace {
 
-// The root of a statement; 0 for a node that is none.
 NodeId RootOf(const CdfgGraph* graph, NodeId statement) {
-  if (CdfgGetKind(graph, statement) != DFG_MANAGE_OPERATION) return 0;
   return CdfgGetAttr(graph, statement, DfgOpeman_OPE);
 }
 
