@@ -32,6 +32,13 @@ namespace {
 constexpr std::size_t kMostTokens = 30;
 constexpr std::string_view kDelimiters = " \t:=\n\r";
 
+struct Run {
+  CdfgGraph* graph;
+  // The last directive of each member that was given more than one: variables that share a
+  // structure node all add to the same members, and no list is walked to its end again.
+  IdMap<NodeId> last_directives = {};
+};
+
 // What one structure variable hands to its members.
 struct Spreading {
   bool is_float = false;
@@ -110,7 +117,8 @@ void ReadDirective(Spreading& spreading, NodeId directive, const char* text) {
 
 // --- Spreading -----------------------------------------------------------------------------------
 
-void AddDirective(CdfgGraph* graph, NodeId member, std::int32_t type, const char* text) {
+void AddDirective(Run& run, NodeId member, std::int32_t type, const char* text) {
+  CdfgGraph* graph = run.graph;
   const NodeId directive = CdfgCreateNode(graph, INFO_DIRECTIVE, 0);
   CdfgSetAttrInt(graph, directive, DfgDirective_TYPE, type);
   CdfgSetAttrStr(graph, directive, DfgDirective_STR, text);
@@ -118,28 +126,32 @@ void AddDirective(CdfgGraph* graph, NodeId member, std::int32_t type, const char
   if (first == 0) {
     CdfgSetAttrNode(graph, member, CfgDecl_DIRECTIVE, directive);
   } else {
-    CdfgAppend(graph, first, directive);
+    NodeId& last = run.last_directives.try_emplace(member, first).first->second;
+    CdfgAppend(graph, last, directive);
+    last = directive;
   }
 }
 
-void SpreadOnto(CdfgGraph* graph, const Spreading& spreading, NodeId member, const Path& path,
+void SpreadOnto(Run& run, const Spreading& spreading, NodeId member, const Path& path,
                 const std::string& text) {
+  const CdfgGraph* graph = run.graph;
   if (spreading.path_hashes.contains(path.hash)) {
     const auto found = spreading.directives.find(text);
     if (found != spreading.directives.end()) {
-      AddDirective(graph, member, CdfgGetAttrInt(graph, found->second, DfgDirective_TYPE),
+      AddDirective(run, member, CdfgGetAttrInt(graph, found->second, DfgDirective_TYPE),
                    CdfgGetAttrStr(graph, found->second, DfgDirective_STR));
     }
   }
   const std::int32_t value_type = CdfgGetAttrInt(graph, member, CfgDecl_VALTYPE);
   if (spreading.is_float &&
       (value_type == DECL_VALTYPE_FLOAT || value_type == DECL_VALTYPE_DOUBLE)) {
-    AddDirective(graph, member, kModuleDirective, "float");
+    AddDirective(run, member, kModuleDirective, "float");
   }
 }
 
 // Hands what `variable` spreads to its members, and to those of members that are structures.
-void Distribute(CdfgGraph* graph, const Spreading& spreading, NodeId variable) {
+void Distribute(Run& run, const Spreading& spreading, NodeId variable) {
+  const CdfgGraph* graph = run.graph;
   std::string text(NameOr(graph, variable, "(null)"));
   std::vector<Path> paths{{text.size(), ExtendHash(kEmptyHash, text)}};  // by depth
   ChainWalk walk(graph, MembersOf(graph, variable));
@@ -155,7 +167,7 @@ void Distribute(CdfgGraph* graph, const Spreading& spreading, NodeId variable) {
       paths.push_back(path);
       walk.Enter(MembersOf(graph, member));
     } else {
-      SpreadOnto(graph, spreading, member, path, text);
+      SpreadOnto(run, spreading, member, path, text);
     }
   }
 }
@@ -172,58 +184,62 @@ void ForDirectives(const CdfgGraph* graph, NodeId declaration, Act act) {
   }
 }
 
-void SpreadNamedMembers(CdfgGraph* graph, NodeId declaration) {
+void SpreadNamedMembers(Run& run, NodeId declaration) {
   Spreading spreading;
-  ForDirectives(graph, declaration, [&](NodeId directive, const char* text) {
+  ForDirectives(run.graph, declaration, [&](NodeId directive, const char* text) {
     ReadDirective(spreading, directive, text);
     return false;
   });
   if (spreading.is_float || !spreading.directives.empty()) {
-    Distribute(graph, spreading, declaration);
+    Distribute(run, spreading, declaration);
   }
 }
 
-void SpreadFloat(CdfgGraph* graph, NodeId declaration) {
+void SpreadFloat(Run& run, NodeId declaration) {
   Spreading spreading;
-  ForDirectives(graph, declaration, [&](NodeId, const char* text) {
+  ForDirectives(run.graph, declaration, [&](NodeId, const char* text) {
     spreading.is_float = std::string_view(text).starts_with("float");
     return spreading.is_float;
   });
-  if (spreading.is_float) Distribute(graph, spreading, declaration);
+  if (spreading.is_float) Distribute(run, spreading, declaration);
 }
 
-void ScanDeclarations(CdfgGraph* graph, NodeId list, void (*scan)(CdfgGraph*, NodeId)) {
+void ScanDeclarations(Run& run, NodeId list, void (*scan)(Run&, NodeId)) {
+  const CdfgGraph* graph = run.graph;
   for (const NodeId node : NextChain(graph, list)) {
-    if (CdfgGetKind(graph, node) == CFG_DECLARE && IsStructure(graph, node)) scan(graph, node);
+    if (CdfgGetKind(graph, node) == CFG_DECLARE && IsStructure(graph, node)) scan(run, node);
   }
 }
 
-void ScanFunction(CdfgGraph* graph, NodeId function) {
+void ScanFunction(Run& run, NodeId function) {
+  const CdfgGraph* graph = run.graph;
   const NodeId arguments = CdfgGetAttr(graph, function, CfgFunc_ARGLIST);
-  ScanDeclarations(graph, arguments, SpreadNamedMembers);
-  ScanDeclarations(graph, arguments, SpreadFloat);
-  ScanDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_DECLARE), SpreadFloat);
+  ScanDeclarations(run, arguments, SpreadNamedMembers);
+  ScanDeclarations(run, arguments, SpreadFloat);
+  ScanDeclarations(run, CdfgGetAttr(graph, function, CfgFunc_DECLARE), SpreadFloat);
 }
 
-void ScanElement(CdfgGraph* graph, NodeId element, const char* file_name) {
+void ScanElement(Run& run, NodeId element, const char* file_name) {
+  const CdfgGraph* graph = run.graph;
   const std::uint32_t kind = CdfgGetKind(graph, element);
   if (kind == CFG_DECLARE_DEF) {
     const NodeId list = CdfgGetAttr(graph, element, CfgDeclDef_DECL);
-    ScanDeclarations(graph, list, SpreadNamedMembers);
-    ScanDeclarations(graph, list, SpreadFloat);
+    ScanDeclarations(run, list, SpreadNamedMembers);
+    ScanDeclarations(run, list, SpreadFloat);
   } else if (kind == CFG_FUNCTION) {
     const char* name = CdfgGetAttrStr(graph, element, CfgFunc_NAME);
-    if (IsModuleFunction(name, file_name) == 1) ScanFunction(graph, element);
+    if (IsModuleFunction(name, file_name) == 1) ScanFunction(run, element);
   }
 }
 
 }  // namespace
 
 int DivideInoutDirectives(CdfgGraph* graph) {
+  Run run{graph};
   for (const NodeId file : CdfgGetFiles(graph)) {
     const char* file_name = CdfgGetAttrStr(graph, file, CfgFileinfo_NAME);
     for (const NodeId element : NextChain(graph, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT))) {
-      ScanElement(graph, element, file_name);
+      ScanElement(run, element, file_name);
     }
   }
   return 0;

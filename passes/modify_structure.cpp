@@ -35,6 +35,11 @@
 
 namespace {
 
+// How many links the pass makes at most, over and above some for each node. Definitions shared so
+// often that their number doubles with every level have more, and nobody lives to see them hoisted.
+constexpr std::size_t kLinksAtLeast = 1'000'000;
+constexpr std::size_t kLinksPerNode = 8;
+
 // Goes on counting in later runs of the pass: tags stay unique in the process.
 int tag_counter = 1;
 
@@ -63,7 +68,7 @@ struct Modifying {
   TextMap<StructGroup*> groups_by_key = {};
   IdSet expanding = {};  // structures whose members are being walked
   IdSet hoisted = {};
-  bool has_links = false;
+  std::size_t links = 0;  // in all entries
 };
 
 // --- Phase 1: groups -----------------------------------------------------------------------------
@@ -144,7 +149,14 @@ bool IsDefinedInPlace(const Modifying& run, NodeId member) {
 
 NestedStructLink LinkOf(const CdfgGraph* graph, NodeId member) {
   const NodeId origin = OriginOf(graph, member);
-  return {member, origin, CdfgGetAttr(graph, origin, CfgStructDef_STRUCT)};
+  const bool is_definition = CdfgGetKind(graph, origin) == CFG_STRUCT_DEF;
+  return {member, origin, is_definition ? CdfgGetAttr(graph, origin, CfgStructDef_STRUCT) : 0};
+}
+
+void CountLink(Modifying& run, NodeId member) {
+  if (++run.links > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
+    CdfgStopEndless(member);
+  }
 }
 
 // Notes the nested definitions at the cursors. They get one tag if the first has none.
@@ -153,13 +165,13 @@ void NoteNested(Modifying& run, std::vector<Cursor>& cursors) {
   for (Cursor& cursor : cursors) {
     const NestedStructLink link = LinkOf(run.graph, cursor.member);
     cursor.entry->links.push_back(link);
+    CountLink(run, cursor.member);
     const bool is_first = &cursor == &cursors.front();
     if (is_first && CdfgGetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME) == nullptr) {
       tag = NameSetFresh("__ss_tag_", 1, &tag_counter);
     }
     if (!tag.empty()) CdfgSetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME, tag.c_str());
   }
-  run.has_links = true;
 }
 
 // The cursors at the first members of the structures that the members at `cursors` have.
@@ -269,7 +281,7 @@ int ModifyStructures(CdfgGraph* graph) {
     GroupStructures(run, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT));
   }
   for (StructGroup& group : run.groups) ExpandGroup(run, group);
-  if (!run.has_links) return 0;
+  if (run.links == 0) return 0;
   for (const StructGroup& group : run.groups) {
     for (const StructEntry& entry : group.entries) HoistEntry(run, entry);
   }
