@@ -38,15 +38,21 @@ bool Refill(Source& source, std::size_t size) {
   return true;
 }
 
-// The next `size` bytes, null when they are not all there.
-const unsigned char* Take(Source& source, std::size_t size) {
-  if (source.filled - source.position < size) {
-    if (source.ended || !Refill(source, size)) {
-      source.ended = true;
-      source.position = source.filled;
-      return nullptr;
-    }
+// What stands in the buffer ends before `size` bytes: the rest of them from the stream.
+[[gnu::noinline]] const unsigned char* TakeFromStream(Source& source, std::size_t size) {
+  if (source.ended || !Refill(source, size)) {
+    source.ended = true;
+    source.position = source.filled;
+    return nullptr;
   }
+  const unsigned char* bytes = source.buffer + source.position;
+  source.position += size;
+  return bytes;
+}
+
+// The next `size` bytes, null when they are not all there.
+inline const unsigned char* Take(Source& source, std::size_t size) {
+  if (source.filled - source.position < size) [[unlikely]] return TakeFromStream(source, size);
   const unsigned char* bytes = source.buffer + source.position;
   source.position += size;
   return bytes;

@@ -12,12 +12,20 @@
 #include "cdfg/graph_store.h"
 #include "cdfg/hash.h"
 #include "cdfg/kinds.h"
+#include "cdfg/large_pages.h"
 #include "cdfg/memory.h"
 
 namespace {
 
 constexpr std::size_t kAttributeChunk = 65536;    // records
 constexpr std::size_t kStringChunk = 256 * 1024;  // bytes
+// Behind so many chunks of usual size come large ones.
+constexpr std::size_t kUsualNodeChunks = 8;
+constexpr std::size_t kUsualAttributeChunks = 8;
+constexpr std::size_t kUsualStringChunks = 8;
+constexpr std::size_t kChunksInLargeBlock = 8;
+static_assert(kChunksInLargeBlock * kChunkSize * sizeof(NodeRecord) % kLargePage == 0);
+constexpr std::size_t kLargeAttributeChunk = 2 * kLargePage / sizeof(Attribute);
 constexpr std::size_t kLargestPooledString = 32 * 1024;
 constexpr std::uint32_t kWide = 32;  // from this many attributes on, a node's are hashed
 
@@ -64,35 +72,56 @@ bool MakeRoom(PlaceTable& table, StartOf start_of) {
 
 // --- Finding nodes -------------------------------------------------------------------------------
 
-// Sixteen neighbouring ids start in neighbouring slots, so walking along ids stays in the cache.
+// Sixteen neighbouring ids start in neighbouring slots, so walking along ids stays in the cache;
+// which of them comes first differs, so ids that are far apart start in all slots alike.
 std::size_t IdStart(NodeId id) {
-  return static_cast<std::size_t>(MixBits(hash::seed ^ (id >> 4)) << 4) | (id & 15U);
+  const std::uint64_t mixed = MixBits(hash::seed ^ (id >> 4));
+  return static_cast<std::size_t>(mixed << 4) | ((id ^ (mixed >> 60)) & 15U);
 }
 
-std::uint32_t FindHashedPlace(const CdfgGraph& graph, NodeId id) {
-  if (graph.places.slots == nullptr) return kNoPlace;
-  const std::size_t slot = ProbeSlot(graph.places, IdStart(id), [&](std::uint32_t place) {
-    return NodeAt(graph, place).id == id;
-  });
-  return graph.places.slots[slot];
+// The slot that holds the id, or the empty slot where it belongs. The table is never full.
+IdSlot& ProbeId(const IdTable& table, NodeId id) {
+  const std::size_t mask = table.slot_count - 1;
+  std::size_t slot = IdStart(id) & mask;
+  while (table.slots[slot].id != 0 && table.slots[slot].id != id) slot = (slot + 1) & mask;
+  return table.slots[slot];
 }
 
-std::uint32_t FindPlace(const CdfgGraph& graph, NodeId id) {
-  const std::size_t row_place = static_cast<std::size_t>(id) - 1;
-  if (row_place < graph.row_length && !graph.row_shadowed) {
-    return static_cast<std::uint32_t>(row_place);
+// Doubles the table when it is crowded.
+bool MakeRoomForId(IdTable& table) {
+  if (table.slots != nullptr && !IsCrowded(table.used + 1, table.slot_count)) return true;
+  IdTable larger;
+  larger.slot_count = table.slots == nullptr ? 64 : table.slot_count * 2;
+  larger.used = table.used;
+  larger.slots = static_cast<IdSlot*>(std::calloc(larger.slot_count, sizeof(IdSlot)));
+  if (larger.slots == nullptr) return false;
+  for (std::size_t i = 0; i < table.slot_count; ++i) {
+    if (table.slots[i].id != 0) ProbeId(larger, table.slots[i].id) = table.slots[i];
   }
-  const std::uint32_t place = FindHashedPlace(graph, id);
-  if (place == kNoPlace && row_place < graph.row_length) {
-    return static_cast<std::uint32_t>(row_place);
-  }
-  return place;
+  std::free(table.slots);
+  table = larger;
+  return true;
 }
 
-std::uint32_t FindLivePlace(const CdfgGraph* graph, NodeId id) {
-  if (graph == nullptr || id == 0) return kNoPlace;
-  const std::uint32_t place = FindPlace(*graph, id);
-  return place == kNoPlace || IsFreed(NodeAt(*graph, place)) ? kNoPlace : place;
+// What a lookup does when the row does not settle it.
+[[gnu::noinline]] std::uint32_t FindPlaceOutsideRow(const CdfgGraph& graph, NodeId id) {
+  if (id == 0) return kNoPlace;
+  if (graph.places.slots != nullptr) {
+    const IdSlot& slot = ProbeId(graph.places, id);
+    if (slot.id != 0) return slot.place;
+  }
+  return id <= graph.row_length ? id - 1 : kNoPlace;
+}
+
+// Every getter and setter begins here, nearly always with an id of the row.
+inline std::uint32_t FindLivePlace(const CdfgGraph* graph, NodeId id) {
+  if (graph == nullptr) return kNoPlace;
+  std::uint32_t place = id - 1;
+  if (place >= graph->row_length || graph->row_shadowed) [[unlikely]] {
+    place = FindPlaceOutsideRow(*graph, id);
+    if (place == kNoPlace) return kNoPlace;
+  }
+  return IsFreed(NodeAt(*graph, place)) ? kNoPlace : place;
 }
 
 // Makes the node at `place` the one that lookups of its id find.
@@ -102,31 +131,41 @@ bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
     ++graph.row_length;
     return true;
   }
-  const auto start_of = [&](std::uint32_t number) { return IdStart(NodeAt(graph, number).id); };
-  if (!MakeRoom(graph.places, start_of)) return false;
-  const std::size_t slot = ProbeSlot(graph.places, IdStart(id), [&](std::uint32_t number) {
-    return NodeAt(graph, number).id == id;
-  });
-  if (graph.places.slots[slot] == kNoPlace) ++graph.places.used;
-  graph.places.slots[slot] = place;
+  if (!MakeRoomForId(graph.places)) return false;
+  IdSlot& slot = ProbeId(graph.places, id);
+  if (slot.id == 0) ++graph.places.used;
+  slot = {id, place};
   if (id <= graph.row_length) graph.row_shadowed = true;
   return true;
+}
+
+// Memory for some chunks of nodes side by side; false when it is short.
+bool AddNodeBlock(CdfgGraph& graph, std::size_t chunk_count, bool is_large) {
+  constexpr std::size_t kChunkBytes = kChunkSize * sizeof(NodeRecord);
+  auto* block = static_cast<NodeRecord*>(NewChunk(chunk_count * kChunkBytes, is_large));
+  if (block == nullptr) return false;
+  if (!graph.node_blocks.Push(block)) {
+    std::free(block);
+    return false;
+  }
+  // Where a list cannot grow, the chunks that are not in it are given up.
+  std::size_t added = 0;
+  while (added < chunk_count && graph.chunks.Push(block + added * kChunkSize)) ++added;
+  return added > 0;
 }
 
 bool HasRoomForNode(CdfgGraph& graph) {
   if (graph.node_count < graph.chunks.size * kChunkSize) return true;
   if (graph.node_count >= kNoPlace) return false;
-  auto* chunk = static_cast<NodeRecord*>(std::malloc(kChunkSize * sizeof(NodeRecord)));
-  if (chunk == nullptr) return false;
-  if (graph.chunks.Push(chunk)) return true;
-  std::free(chunk);
-  return false;
+  const bool is_large = graph.chunks.size >= kUsualNodeChunks;
+  return AddNodeBlock(graph, is_large ? kChunksInLargeBlock : 1, is_large);
 }
 
 // --- Attributes ----------------------------------------------------------------------------------
 
 Attribute* NewAttributeChunk(AttributePool& pool, std::size_t records) {
-  auto* chunk = static_cast<Attribute*>(std::malloc(records * sizeof(Attribute)));
+  const bool is_large = records == kLargeAttributeChunk;
+  auto* chunk = static_cast<Attribute*>(NewChunk(records * sizeof(Attribute), is_large));
   if (chunk != nullptr && !pool.blocks.Push(chunk)) {
     std::free(chunk);
     return nullptr;
@@ -143,10 +182,12 @@ Attribute* TakeRun(AttributePool& pool, std::uint32_t capacity) {
     return run;
   }
   if (pool.chunk_left < capacity) {
-    Attribute* chunk = NewAttributeChunk(pool, kAttributeChunk);
+    const bool is_large = pool.blocks.size >= kUsualAttributeChunks;
+    const std::size_t records = is_large ? kLargeAttributeChunk : kAttributeChunk;
+    Attribute* chunk = NewAttributeChunk(pool, records);
     if (chunk == nullptr) return nullptr;
     pool.chunk = chunk;
-    pool.chunk_left = kAttributeChunk;
+    pool.chunk_left = records;
   }
   Attribute* run = pool.chunk;
   pool.chunk += capacity;
@@ -266,8 +307,10 @@ std::uint64_t BitsOf(const char* text) {
 char* TakeBytes(StringArena& arena, std::size_t size) {
   const bool own_block = size > kLargestPooledString;
   if (own_block || arena.chunk_left < size) {
-    const std::size_t block_size = own_block ? size : kStringChunk;
-    auto* block = static_cast<char*>(std::malloc(block_size));
+    const bool is_large = !own_block && arena.blocks.size >= kUsualStringChunks;
+    const std::size_t chunk_size = is_large ? kLargePage : kStringChunk;
+    const std::size_t block_size = own_block ? size : chunk_size;
+    auto* block = static_cast<char*>(NewChunk(block_size, is_large));
     if (block == nullptr) return nullptr;
     if (!arena.blocks.Push(block)) {
       std::free(block);
@@ -308,7 +351,7 @@ bool AddFileName(CdfgGraph& graph, std::string_view name) {
 }
 
 // The number of a file name, entered when it is new; kNoFileName when memory is short.
-std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
+std::uint32_t FindOrAddFileName(CdfgGraph& graph, std::string_view name) {
   const auto start_of_text = [&](std::string_view text) { return TextHash{}(text); };
   const auto start_of = [&](std::uint32_t number) {
     return start_of_text(FileNameText(graph, number));
@@ -322,6 +365,13 @@ std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
   ++graph.file_numbers.used;
   graph.file_numbers.slots[slot] = static_cast<std::uint32_t>(graph.file_names.size - 1);
   return graph.file_numbers.slots[slot];
+}
+
+std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
+  const std::uint32_t last = graph.last_file_name;
+  if (last != kNoFileName && FileNameText(graph, last) == name) return last;
+  graph.last_file_name = FindOrAddFileName(graph, name);
+  return graph.last_file_name;
 }
 
 // --- User data -----------------------------------------------------------------------------------
@@ -479,7 +529,7 @@ CdfgGraph* CdfgNewGraph() {
 
 void CdfgFreeGraph(CdfgGraph* graph) {
   if (graph == nullptr) return;
-  FreeAll(graph->chunks);
+  FreeAll(graph->node_blocks);
   FreeAll(graph->attributes.blocks);
   FreeAll(graph->strings.blocks);
   FreeAll(graph->user_data);

@@ -1,10 +1,11 @@
 // The inside of the graph store: how nodes, attributes and strings lie in memory. Only the store
-// itself and the file reader and writer include this; everybody else uses cdfg/graph.h.
+// itself, the file reader and writer and the walks, which read ahead, include this; everybody else
+// uses cdfg/graph.h.
 //
 //   nodes       chunks of 16384 records, in creation order; a node's place in that order never
 //               changes, and a freed node keeps its place
 //   ids         while the ids of a graph are 1, 2, 3, ... a node's place is its id - 1 and no
-//               index is needed; nodes that break the row are found through a hash table of places
+//               index is needed; nodes that break the row are found through a hash table of ids
 //   attributes  one contiguous run per node, taken from a pool; a node with many attributes also
 //               has them in a hash table, so that finding one never means searching a long run
 //   strings     in an arena, each after its length; file names are kept once each and numbered
@@ -69,6 +70,18 @@ struct PlaceTable {
   std::size_t used = 0;
 };
 
+// The same for nodes, with the ids in it, so that no node is looked at but the one that is wanted.
+struct IdSlot {
+  NodeId id;  // 0: empty
+  std::uint32_t place;
+};
+
+struct IdTable {
+  IdSlot* slots = nullptr;
+  std::size_t slot_count = 0;  // a power of two
+  std::size_t used = 0;
+};
+
 // Attributes of nodes that have many: the node's place and the attribute's index in its run.
 struct WideSlot {
   std::uint32_t place;  // kNoPlace: empty
@@ -77,12 +90,13 @@ struct WideSlot {
 
 struct CdfgGraph {
   Growable<NodeRecord*> chunks;
+  Growable<void*> node_blocks;  // what the chunks lie in
   std::size_t node_count = 0;
   NodeId highest_id = 0;
 
   std::size_t row_length = 0;  // the first nodes, while their ids are 1, 2, 3, ...
   bool row_shadowed = false;   // a later node has the id of one of them
-  PlaceTable places;
+  IdTable places;
 
   AttributePool attributes;
   WideSlot* wide_slots = nullptr;
@@ -91,6 +105,7 @@ struct CdfgGraph {
 
   StringArena strings;
   Growable<const char*> file_names;  // by number; number 0 is "no name"
+  std::uint32_t last_file_name = 0;  // the number asked for last: most nodes have their neighbour's
   PlaceTable file_numbers;
 
   Growable<void**> user_data;  // by chunk; null where no node has any
@@ -103,6 +118,32 @@ inline NodeRecord& NodeAt(const CdfgGraph& graph, std::size_t place) {
 }
 
 inline bool IsFreed(const NodeRecord& node) { return node.file_name == kFreedNode; }
+
+// Asks for the memory that a walk at node `id` will want soon: the records of nodes some way behind
+// it in the file, and the attributes of nearer ones. Nodes lie in the order of the source text, and
+// most walks go that way too; but they leap over what they skip, by distances that no processor
+// guesses. Without this a walk over a large design waits for memory at every statement. (Always
+// inline: an ordinary function that only asks counts as doing nothing, and its calls are dropped.)
+[[gnu::always_inline]] inline void ReadAhead(const CdfgGraph& graph, NodeId id) {
+  constexpr std::size_t kRecordsAhead = 48;
+  constexpr std::size_t kAttributesAhead = 24;
+  constexpr std::uintptr_t kLine = 64;
+  constexpr std::uintptr_t kRecordLines = 8;
+  constexpr std::uintptr_t kAttributeLines = 4;
+  const std::size_t place = id;
+  if (place + kRecordsAhead >= graph.row_length) return;
+  const auto records = reinterpret_cast<std::uintptr_t>(&NodeAt(graph, place + kRecordsAhead));
+#pragma GCC unroll 8
+  for (std::uintptr_t i = 0; i < kRecordLines; ++i) {
+    __builtin_prefetch(reinterpret_cast<const void*>(records + i * kLine));
+  }
+  const auto attributes =
+      reinterpret_cast<std::uintptr_t>(NodeAt(graph, place + kAttributesAhead).attributes);
+#pragma GCC unroll 4
+  for (std::uintptr_t i = 0; i < kAttributeLines; ++i) {
+    __builtin_prefetch(reinterpret_cast<const void*>(attributes + i * kLine));
+  }
+}
 
 // The node that lookups of `id` find, null for none.
 NodeRecord* FindNode(const CdfgGraph* graph, NodeId id);

@@ -1,6 +1,5 @@
 #include "cdfg/name_set.h"
 
-#include <array>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -39,54 +38,66 @@ class TextArena {
   std::size_t left_ = 0;
 };
 
-// One bucket: a hash table of its own, by open addressing.
-class Bucket {
+// A hash table by open addressing, with enough of each hash beside the text that other texts are
+// hardly ever looked at.
+class NameTable {
  public:
   bool Contains(std::string_view name) const {
-    return !slots_.empty() && slots_[SlotOf(name)] != nullptr;
+    return !slots_.empty() && slots_[SlotOf(name, TextHash{}(name))].text != nullptr;
   }
 
   // False, and nothing is added, when the name is there already.
   bool Add(std::string_view name, TextArena& texts) {
     if (2 * (used_ + 1) > slots_.size()) Grow();
-    const char*& slot = slots_[SlotOf(name)];
-    if (slot != nullptr) return false;
-    slot = texts.Keep(name);
+    const std::size_t hash = TextHash{}(name);
+    Slot& slot = slots_[SlotOf(name, hash)];
+    if (slot.text != nullptr) return false;
+    slot = {texts.Keep(name), hash};
     ++used_;
     return true;
   }
 
  private:
+  struct Slot {
+    const char* text = nullptr;  // null: empty
+    std::size_t hash = 0;
+  };
+
   // The slot that holds the name, or the empty one where it belongs.
-  std::size_t SlotOf(std::string_view name) const {
+  std::size_t SlotOf(std::string_view name, std::size_t hash) const {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t slot = TextHash{}(name)&mask;
-    while (slots_[slot] != nullptr && name != slots_[slot]) slot = (slot + 1) & mask;
-    return slot;
+    std::size_t place = hash & mask;
+    while (slots_[place].text != nullptr &&
+           (slots_[place].hash != hash || name != slots_[place].text)) {
+      place = (place + 1) & mask;
+    }
+    return place;
   }
 
   void Grow() {
-    std::vector<const char*> old(slots_.empty() ? 8 : slots_.size() * 2);
+    std::vector<Slot> old(slots_.empty() ? 1024 : slots_.size() * 2);
     old.swap(slots_);
-    for (const char* name : old) {
-      if (name != nullptr) slots_[SlotOf(name)] = name;
+    const std::size_t mask = slots_.size() - 1;
+    for (const Slot& slot : old) {
+      if (slot.text == nullptr) continue;
+      std::size_t place = slot.hash & mask;
+      while (slots_[place].text != nullptr) place = (place + 1) & mask;
+      slots_[place] = slot;
     }
   }
 
-  std::vector<const char*> slots_;  // a power of two of them; null: empty
+  std::vector<Slot> slots_;  // a power of two of them
   std::size_t used_ = 0;
 };
 
-// Names that differ in a counter have nearly the same byte sum and crowd into few of the 256
-// buckets. So each bucket is a hash table, and crowding costs nothing.
+// One table for all: names that differ in a counter alone are asked for one after the other, and
+// lie side by side here, while their byte sums would scatter them.
 struct NameSet {
-  std::array<Bucket, 256> buckets;
+  NameTable names;
   TextArena texts;
 };
 
 std::unique_ptr<NameSet> name_set;
-
-Bucket& BucketOf(const char* name) { return name_set->buckets[NameSetBucket(name)]; }
 
 }  // namespace
 
@@ -105,13 +116,13 @@ int NameSetInit() {
 
 int NameSetAdd(const char* name) {
   if (name_set == nullptr || name == nullptr) return -1;
-  BucketOf(name).Add(name, name_set->texts);
+  name_set->names.Add(name, name_set->texts);
   return 0;
 }
 
 int NameSetContains(const char* name) {
   if (name_set == nullptr || name == nullptr) return 0;
-  return BucketOf(name).Contains(name) ? 1 : 0;
+  return name_set->names.Contains(name) ? 1 : 0;
 }
 
 std::string NameSetFresh(const char* prefix, int digits, int* counter) {
@@ -122,7 +133,7 @@ std::string NameSetFresh(const char* prefix, int digits, int* counter) {
     std::snprintf(number, sizeof number, "%.*d", digits, *counter);
     *counter = static_cast<int>(static_cast<unsigned>(*counter) + 1);
     name.assign(prefix).append(number);
-    is_taken = name_set != nullptr && !BucketOf(name.c_str()).Add(name, name_set->texts);
+    is_taken = name_set != nullptr && !name_set->names.Add(name, name_set->texts);
   } while (is_taken);
   return name;
 }

@@ -1,6 +1,10 @@
 #include "cdfg/walk.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "cdfg/chain.h"
+#include "cdfg/graph_store.h"
 #include "cdfg/kinds.h"
 
 namespace {
@@ -77,41 +81,45 @@ Inside InsideOf(std::uint32_t kind, int tag, StatementScope scope) {
 
 void ChainWalk::Start(NodeId first, int tag) {
   frames_.clear();
-  asked_.clear();
-  current_ = Frame{};
+  asked_ = 0;
+  current_ = Current{};
   if (first == 0) return;
-  Frame frame;
+  Frame& frame = frames_.emplace_back();
   frame.node = first;
   frame.tag = tag;
-  frames_.push_back(frame);
 }
 
 void ChainWalk::Enter(NodeId first, int tag) {
   if (frames_.empty() || current_.state == State::Left) return;
-  frames_.back().entered = true;
+  frames_[frames_.size() - asked_ - 1].entered = true;
   if (first == 0) return;
-  Frame frame;
+  ++asked_;
+  Frame& frame = frames_.emplace_back();
   frame.node = first;
   frame.owner = current_.node;
   frame.depth = current_.depth + 1;
   frame.tag = tag;
-  asked_.push_back(frame);
+}
+
+void ChainWalk::SetCurrent(const Frame& frame, State state) {
+  current_ = {frame.node, frame.depth, frame.tag, state};
 }
 
 NodeId ChainWalk::Visit(Frame& frame) {
   frame.guard.Visit(frame.node);
+  ReadAhead(*graph_, frame.node);
   frame.state = State::Visited;
   frame.entered = false;
-  current_ = frame;
+  SetCurrent(frame, State::Visited);
   return frame.node;
 }
 
 NodeId ChainWalk::Next() {
-  if (!asked_.empty()) {
+  if (asked_ > 1) {
     // The chain asked for first must lie on top.
-    frames_.insert(frames_.end(), asked_.rbegin(), asked_.rend());
-    asked_.clear();
+    std::reverse(frames_.end() - static_cast<std::ptrdiff_t>(asked_), frames_.end());
   }
+  asked_ = 0;
   while (!frames_.empty()) {
     Frame& frame = frames_.back();
     if (frame.state == State::Ahead) {
@@ -120,15 +128,14 @@ NodeId ChainWalk::Next() {
     }
     if (leaves_ && frame.entered) {
       frame.entered = false;
-      current_ = frame;
-      current_.state = State::Left;
+      SetCurrent(frame, State::Left);
       return frame.node;
     }
     frame.node = CdfgGetNext(graph_, frame.node);
     if (frame.node != 0) return Visit(frame);
     frames_.pop_back();
   }
-  current_ = Frame{};
+  current_ = Current{};
   return 0;
 }
 

@@ -16,6 +16,7 @@
 // visits decides node ids and the numbers of temporaries; it is part of the interface.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -56,14 +57,22 @@ class ChainWalk {
     bool entered = false;
     ChainGuard guard;
   };
+  struct Current {
+    NodeId node = 0;
+    std::uint32_t depth = 0;
+    int tag = 0;
+    State state = State::Ahead;
+  };
 
   NodeId Visit(Frame& frame);
+  void SetCurrent(const Frame& frame, State state);
 
   const CdfgGraph* graph_;
   bool leaves_ = false;
+  // The innermost chain last, and behind it those asked for at the current visit, in that order.
   std::vector<Frame> frames_;
-  std::vector<Frame> asked_;
-  Frame current_;
+  std::size_t asked_ = 0;
+  Current current_;
   DepthGuard guard_;
 };
 
