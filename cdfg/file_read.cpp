@@ -52,7 +52,7 @@ bool Refill(Source& source, std::size_t size) {
 
 // The next `size` bytes, null when they are not all there.
 inline const unsigned char* Take(Source& source, std::size_t size) {
-  if (source.filled - source.position < size) [[unlikely]] return TakeFromStream(source, size);
+  if (source.filled - source.position < size) return TakeFromStream(source, size);
   const unsigned char* bytes = source.buffer + source.position;
   source.position += size;
   return bytes;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cdfg/hash.h"
+#include "cdfg/text_table.h"
 
 ModuleFunctionRecord* ModuleFunctionList = nullptr;
 
@@ -10,7 +11,7 @@ namespace {
 
 // What the questions are answered from; follows the list in every change.
 struct Tables {
-  TextSet module_code;  // names with their files
+  TextTable module_code;  // names with their files
   IdMap<ModuleFunctionRecord*> modules;
   // By module (null: any), base, name and file.
   TextMap<ModuleInstanceRecord*> instances;
@@ -28,23 +29,30 @@ void AddToKey(std::string& key, const char* text) {
   key.push_back('\0');
 }
 
-std::string CodeKey(const char* name, const char* file) {
-  std::string key;
+void AddToKey(std::string& key, const char* name, const char* file) {
   AddToKey(key, name);
   AddToKey(key, file);
+}
+
+// Every pass asks for every function, so the key is made in a place that is there already.
+const std::string& CodeKey(const char* name, const char* file) {
+  static std::string key;
+  key.clear();
+  AddToKey(key, name, file);
   return key;
 }
 
 std::string InstanceKey(const ModuleFunctionRecord* module, NodeId base, const char* name,
                         const char* file) {
-  std::string key = CodeKey(name, file);
+  std::string key;
+  AddToKey(key, name, file);
   key.append(std::to_string(base)).push_back(' ');
   key.append(module == nullptr ? "any" : std::to_string(module->function));
   return key;
 }
 
 void EnterModuleCode(const char* name, const char* file) {
-  if (name != nullptr && file != nullptr) tables.module_code.insert(CodeKey(name, file));
+  if (name != nullptr && file != nullptr) tables.module_code.Add(CodeKey(name, file));
 }
 
 OwnedText CopyOf(const char* text) { return OwnedText(MemStrdup(text)); }
@@ -61,7 +69,7 @@ void FreeInstances(ModuleInstanceRecord* instance) {
 
 int IsModuleFunction(const char* name, const char* file) {
   if (name == nullptr || file == nullptr) return 0;
-  return tables.module_code.contains(CodeKey(name, file)) ? 1 : 0;
+  return tables.module_code.Contains(CodeKey(name, file)) ? 1 : 0;
 }
 
 ModuleFunctionRecord* AddModuleFunction(const CdfgGraph* graph, NodeId function,
