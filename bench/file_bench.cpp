@@ -9,8 +9,8 @@
 //
 //   nodes=.. bytes=.. copy_cpu=.. graph_cpu=.. copy_wall=.. graph_wall=.. peak=.. one_node_peak=..
 //
-// Times in seconds, medians of the runs; `peak` is the peak memory of the process that held the
-// graph; `one_node_peak` is how much more memory a file takes whose only node has the id
+// Times in seconds, each the best of the runs; `peak` is the peak memory of the process that held
+// the graph; `one_node_peak` is how much more memory a file takes whose only node has the id
 // 4,000,000,000 than an empty file does.
 #include <cstdio>
 #include <cstdlib>
@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/files.h"
 #include "bench/measure.h"
 #include "cdfg/file.h"
 
@@ -26,13 +27,6 @@ namespace {
 using bench::Usage;
 
 constexpr NodeId kHugeId = 4'000'000'000U;
-
-long SizeOf(std::FILE* stream) {
-  std::fseek(stream, 0, SEEK_END);
-  const long size = std::ftell(stream);
-  std::rewind(stream);
-  return size;
-}
 
 std::FILE* OpenUnbuffered(const char* path, const char* mode) {
   std::FILE* stream = std::fopen(path, mode);
@@ -43,7 +37,7 @@ std::FILE* OpenUnbuffered(const char* path, const char* mode) {
 bool CopyPlainly(const char* input, const char* output) {
   std::FILE* in = OpenUnbuffered(input, "rb");
   if (in == nullptr) return false;
-  const auto size = static_cast<std::size_t>(SizeOf(in));
+  const auto size = static_cast<std::size_t>(bench::SizeOf(in));
   char* bytes = static_cast<char*>(std::malloc(size));
   const bool is_read = bytes != nullptr && std::fread(bytes, 1, size, in) == size;
   std::fclose(in);
@@ -105,30 +99,6 @@ double MeasureHugeId(const char* scratch) {
   return PeakOfReading(scratch) - empty;
 }
 
-// How many nodes the file has, counted apart so that this process stays small.
-std::size_t CountNodes(const char* path, const char* scratch) {
-  bench::RunInChild([&] {
-    CdfgGraph* graph = CdfgReadFile(path);
-    std::FILE* out = std::fopen(scratch, "wb");
-    if (graph == nullptr || out == nullptr) return false;
-    std::fprintf(out, "%zu", CdfgNodeCount(graph));
-    return std::fclose(out) == 0;
-  });
-  std::size_t count = 0;
-  std::FILE* in = std::fopen(scratch, "rb");
-  if (in != nullptr && std::fscanf(in, "%zu", &count) != 1) count = 0;
-  if (in != nullptr) std::fclose(in);
-  return count;
-}
-
-long SizeOfFile(const char* path) {
-  std::FILE* stream = std::fopen(path, "rb");
-  if (stream == nullptr) return -1;
-  const long size = SizeOf(stream);
-  std::fclose(stream);
-  return size;
-}
-
 int RunsWished(int argument_count, char** arguments) {
   constexpr const char* kRuns = "runs=";
   if (argument_count < 4 || std::strncmp(arguments[3], kRuns, std::strlen(kRuns)) != 0) return 7;
@@ -145,12 +115,12 @@ int main(int argument_count, char** arguments) {
   }
   const char* input = arguments[1];
   const char* scratch = arguments[2];
-  const long bytes = SizeOfFile(input);
+  const long bytes = bench::SizeOfFile(input);
   if (bytes <= 0) {
     std::printf("file_bench: cannot read '%s'\n", input);
     return 1;
   }
-  const std::size_t nodes = CountNodes(input, scratch);
+  const std::size_t nodes = bench::CountNodes(input, scratch);
   std::vector<Usage> copies;
   std::vector<Usage> graphs;
   bool is_same = true;
@@ -160,8 +130,8 @@ int main(int argument_count, char** arguments) {
     graphs.push_back(Measure(CopyThroughGraph, input, scratch));
     is_same = is_same && IsSameFile(input, scratch);
   }
-  const Usage copy = bench::MedianOf(copies);
-  const Usage graph = bench::MedianOf(graphs);
+  const Usage copy = bench::BestOf(copies);
+  const Usage graph = bench::BestOf(graphs);
   const double one_node_peak = MeasureHugeId(scratch);
   std::remove(scratch);
   if (!is_same || !copy.succeeded || !graph.succeeded) {

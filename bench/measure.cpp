@@ -16,15 +16,6 @@ double SecondsOf(const timeval& time) {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
-double Median(const std::vector<Usage>& runs, double Usage::*figure) {
-  std::vector<double> values;
-  for (const Usage& run : runs) values.push_back(run.*figure);
-  std::sort(values.begin(), values.end());
-  const std::size_t middle = values.size() / 2;
-  if (values.empty()) return 0;
-  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 }  // namespace
 
 Usage RunInChild(const std::function<bool()>& work) {
@@ -45,14 +36,29 @@ Usage RunInChild(const std::function<bool()>& work) {
   return usage;
 }
 
-Usage MedianOf(const std::vector<Usage>& runs) {
-  Usage median;
-  median.cpu_seconds = Median(runs, &Usage::cpu_seconds);
-  median.wall_seconds = Median(runs, &Usage::wall_seconds);
-  median.peak_bytes = Median(runs, &Usage::peak_bytes);
-  median.succeeded = !runs.empty();
-  for (const Usage& run : runs) median.succeeded = median.succeeded && run.succeeded;
-  return median;
+Usage RunProgram(const std::string& path, const std::vector<std::string>& arguments) {
+  std::vector<std::string> words{path};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> pointers;
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return RunInChild([&] {
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) return false;
+    execv(path.c_str(), pointers.data());
+    return false;
+  });
+}
+
+Usage BestOf(const std::vector<Usage>& runs) {
+  if (runs.empty()) return {};
+  Usage best = runs.front();
+  for (const Usage& run : runs) {
+    best.cpu_seconds = std::min(best.cpu_seconds, run.cpu_seconds);
+    best.wall_seconds = std::min(best.wall_seconds, run.wall_seconds);
+    best.peak_bytes = std::max(best.peak_bytes, run.peak_bytes);
+    best.succeeded = best.succeeded && run.succeeded;
+  }
+  return best;
 }
 
 }  // namespace bench

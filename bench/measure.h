@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace bench {
@@ -16,7 +17,11 @@ struct Usage {
 // Runs `work` in a child of this process, whose memory is therefore counted from a small start.
 Usage RunInChild(const std::function<bool()>& work);
 
-// The median of each figure over the runs; succeeded only when all runs did.
-Usage MedianOf(const std::vector<Usage>& runs);
+// Runs the program at `path`, whose output goes nowhere.
+Usage RunProgram(const std::string& path, const std::vector<std::string>& arguments);
+
+// The least time of the runs, since what else the machine does only ever adds to it, and the
+// highest peak; succeeded only when all runs did.
+Usage BestOf(const std::vector<Usage>& runs);
 
 }  // namespace bench

@@ -228,17 +228,15 @@ void AllNodesInOrder(benchmark::State& state) {
   bench::CountItems(state, static_cast<std::int64_t>(state.iterations()) * count);
 }
 
-constexpr std::int64_t kLargest = 10'000'000;
-
 void RegisterAll() {
-  bench::Register("walk/ids in order", kLargest, AllNodesInOrder);
-  bench::Register("walk/statements", kLargest, Statements);
-  bench::Register("walk/expressions, one walker", kLargest, WholeDesign<OneWalker>);
-  bench::Register("walk/expressions, walker each", kLargest, WholeDesign<WalkerEach>);
-  bench::Register("walk/expressions, deep calls", kLargest, WholeDesign<DeepCalls>);
-  bench::Register("walk/expressions, recursion", kLargest, WholeDesign<PlainCalls>);
-  bench::Register("walk/one nested, one walker", kLargest, NestedExpression<OneWalker>);
-  bench::Register("walk/one nested, deep calls", kLargest, NestedExpression<DeepCalls>);
+  bench::Register("walk/ids in order", AllNodesInOrder);
+  bench::Register("walk/statements", Statements);
+  bench::Register("walk/expressions, one walker", WholeDesign<OneWalker>);
+  bench::Register("walk/expressions, walker each", WholeDesign<WalkerEach>);
+  bench::Register("walk/expressions, deep calls", WholeDesign<DeepCalls>);
+  bench::Register("walk/expressions, recursion", WholeDesign<PlainCalls>);
+  bench::Register("walk/one nested, one walker", NestedExpression<OneWalker>);
+  bench::Register("walk/one nested, deep calls", NestedExpression<DeepCalls>);
 }
 
 }  // namespace
