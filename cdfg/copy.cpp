@@ -1,5 +1,6 @@
 #include "cdfg/copy.h"
 
+#include <cstdint>
 #include <deque>
 #include <utility>
 #include <vector>
@@ -7,7 +8,6 @@
 #include "cdfg/chain.h"
 #include "cdfg/deep.h"
 #include "cdfg/edit.h"
-#include "cdfg/hash.h"
 #include "cdfg/kinds.h"
 #include "cdfg/runaway.h"
 
@@ -75,8 +75,9 @@ struct CopyRun {
   CdfgGraph* graph;
   std::size_t copies_left;
   DepthGuard depth;
-  std::vector<std::pair<NodeId, NodeId>> jumps;  // source and copy, in the order of the walk
-  IdMap<NodeId> jump_copies;                     // source to its first copy
+  // The copies of nodes whose jumps are mapped, with their sources, in the order of the walk. Each
+  // source knows its first copy through its user data until the run is over.
+  std::vector<std::pair<NodeId, NodeId>> jumps;
 };
 
 Deep<NodeId> CopyChain(CopyRun& run, NodeId first);
@@ -169,12 +170,23 @@ void RemapOrigin(CdfgGraph* graph, NodeId declaration) {
   CdfgSetAttrNode(graph, declaration, CfgDecl_STRUCTORGNODE, record->copy);
 }
 
+// The copy of a node whose jumps are mapped, 0 if it was not copied.
+NodeId FirstCopyOf(const CdfgGraph* graph, NodeId source) {
+  if (!HasMappedJump(CdfgGetKind(graph, source))) return 0;
+  return static_cast<NodeId>(reinterpret_cast<std::uintptr_t>(CdfgGetUserData(graph, source)));
+}
+
+void NoteFirstCopy(CdfgGraph* graph, NodeId source, NodeId copy) {
+  if (FirstCopyOf(graph, source) != 0) return;
+  CdfgSetUserData(graph, source, reinterpret_cast<void*>(static_cast<std::uintptr_t>(copy)));
+}
+
 void NoteCopy(CopyRun& run, NodeId source, NodeId copy) {
   CdfgGraph* graph = run.graph;
   const std::uint32_t kind = CdfgGetKind(graph, source);
   if (HasMappedJump(kind)) {
     run.jumps.emplace_back(source, copy);
-    run.jump_copies.emplace(source, copy);
+    NoteFirstCopy(graph, source, copy);
   } else if (kind == DFG_FUNC_CALL) {
     CdfgSetJump(graph, copy, CdfgGetJump(graph, source));
   } else if (CdfgRemapSwitch != 0 && (kind == CFG_STRUCT || kind == CFG_DECLARE)) {
@@ -212,9 +224,10 @@ Deep<NodeId> CopyChain(CopyRun& run, NodeId first) {
 
 void RepointJumps(const CopyRun& run) {
   for (const auto& [source, copy] : run.jumps) {
-    const auto target = run.jump_copies.find(CdfgGetJump(run.graph, source));
-    if (target != run.jump_copies.end()) CdfgSetJump(run.graph, copy, target->second);
+    const NodeId target = FirstCopyOf(run.graph, CdfgGetJump(run.graph, source));
+    if (target != 0) CdfgSetJump(run.graph, copy, target);
   }
+  for (const auto& [source, copy] : run.jumps) CdfgSetUserData(run.graph, source, nullptr);
 }
 
 // --- Operands ------------------------------------------------------------------------------------
@@ -268,7 +281,7 @@ void LinkMembers(CdfgGraph* graph, const std::vector<NodeId>& copies) {
 
 NodeId CdfgCopyTree(CdfgGraph* graph, NodeId id) {
   if (CdfgHasNode(graph, id) == 0) return 0;
-  CopyRun run{graph, kCopiesAtLeast + kCopiesPerNode * CdfgNodeCount(graph), {}, {}, {}};
+  CopyRun run{graph, kCopiesAtLeast + kCopiesPerNode * CdfgNodeCount(graph), {}, {}};
   const NodeId copy = RunDeep(CopyChain(run, id));
   RepointJumps(run);
   return copy;
@@ -283,6 +296,8 @@ NodeId CdfgCopyAlone(CdfgGraph* graph, NodeId id) {
 }
 
 const DeclarationCopy* CdfgGetDeclarationCopy(const CdfgGraph* graph, NodeId source) {
+  // The user data of nodes with jumps holds something else while a copy is made.
+  if (HasMappedJump(CdfgGetKind(graph, source))) return nullptr;
   return static_cast<const DeclarationCopy*>(CdfgGetUserData(graph, source));
 }
 

@@ -568,6 +568,30 @@ TEST_F(CopyTree, LeadsJumpsToTheFirstCopyOfANodeCopiedTwice) {
   EXPECT_EQ(CdfgGetJump(graph, 11), 8U);
 }
 
+TEST_F(CopyTree, LeavesNoUserDataBehind) {
+  const NodeId label = Add(CFG_STATE_LABEL);
+  const NodeId jump = Add(CFG_GOTO);
+  Chain({label, jump});
+  CdfgSetJump(graph, jump, label);
+  const NodeId copy = Copy(label);
+  for (NodeId id = label; id <= copy + 1; ++id) {
+    EXPECT_EQ(CdfgGetUserData(graph, id), nullptr) << id;
+  }
+}
+
+// A damaged graph: what is copied beside the label is said to have its origin in it.
+TEST_F(CopyTree, TakesNoLabelForTheOriginOfADeclaration) {
+  const NodeId label = Add(CFG_STATE_LABEL);
+  const NodeId declaration = Add(CFG_DECLARE);
+  Chain({label, declaration});
+  CdfgSetAttrNode(graph, declaration, CfgDecl_STRUCTORGNODE, label);
+  CdfgRemapSwitch = 1;
+  const NodeId copy = Copy(label);
+  CdfgRemapSwitch = 0;
+  CdfgClearUserTable(graph);
+  EXPECT_EQ(CdfgGetAttr(graph, copy + 1, CfgDecl_STRUCTORGNODE), label);
+}
+
 TEST_F(CopyTree, KeepsTheFunctionThatACallNames) {
   const NodeId function = Add(CFG_FUNCTION);
   const NodeId call = Add(DFG_FUNC_CALL);

@@ -34,13 +34,15 @@ class MemoryShort : public KelvoRun {
     std::filesystem::remove(output);
     std::vector<std::string> settings = {"FAILING_MALLOC_AT=" + std::to_string(failing),
                                          "FAILING_MALLOC_REPORT=" + report};
-#ifdef FAILING_MALLOC
-    settings.push_back("LD_PRELOAD=" FAILING_MALLOC);
-#endif
     if (onwards) settings.push_back("FAILING_MALLOC_ONWARDS=1");
     std::vector<std::string> arguments = options;
     arguments.insert(arguments.end(), {design, info, output});
-    return support::RunProgram(KELVO_BINARY, arguments, settings);
+#ifdef FAILING_MALLOC
+    settings.push_back("LD_PRELOAD=" FAILING_MALLOC);
+    return support::RunProgram(KELVO_WITH_LIBRARIES, arguments, settings);
+#else
+    return {};
+#endif
   }
   bool HasFailed() const { return std::filesystem::exists(report); }
 
