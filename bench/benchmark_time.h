@@ -62,7 +62,7 @@ inline void SetSize(benchmark::internal::Benchmark* benchmark, std::int64_t size
 }
 
 // The sizes of all benchmarks.
-inline constexpr std::int64_t kSizes[] = {1'000, 10'000, 100'000, 1'000'000};
+inline constexpr std::int64_t kSizes[] = {10'000, 100'000, 1'000'000};
 
 // Registers `work` under `name` for each of the sizes.
 template <class Work>

@@ -24,6 +24,8 @@ constexpr std::size_t kUsualNodeChunks = 8;
 constexpr std::size_t kUsualAttributeChunks = 8;
 constexpr std::size_t kUsualStringChunks = 8;
 constexpr std::size_t kChunksInLargeBlock = 8;
+constexpr std::size_t kChunksInUserBlock = 16;
+static_assert(kChunksInUserBlock * kChunkSize * sizeof(void*) % kLargePage == 0);
 static_assert(kChunksInLargeBlock * kChunkSize * sizeof(NodeRecord) % kLargePage == 0);
 constexpr std::size_t kLargeAttributeChunk = 2 * kLargePage / sizeof(Attribute);
 constexpr std::size_t kLargestPooledString = 32 * 1024;
@@ -376,14 +378,36 @@ std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
 
 // --- User data -----------------------------------------------------------------------------------
 
+// Empty user data for some chunks of nodes side by side; false when memory is short.
+bool AddUserData(CdfgGraph& graph, std::size_t first, std::size_t count) {
+  constexpr std::size_t kChunkBytes = kChunkSize * sizeof(void*);
+  while (graph.user_data.size < first + count) {
+    if (!graph.user_data.Push(nullptr)) return false;
+  }
+  auto* block = static_cast<void**>(NewChunk(count * kChunkBytes, count > 1));
+  if (block == nullptr) return false;
+  if (!graph.user_blocks.Push(block)) {
+    std::free(block);
+    return false;
+  }
+  std::fill_n(block, count * kChunkSize, nullptr);
+  for (std::size_t i = 0; i < count; ++i) {
+    // A chunk that had its own from when the graph was small keeps it.
+    void**& chunk = graph.user_data[first + i];
+    if (chunk == nullptr) chunk = block + i * kChunkSize;
+  }
+  return true;
+}
+
 // The array of user data that covers a place, made when it is missing; null when memory is short.
 void** UserDataChunk(CdfgGraph& graph, std::size_t place) {
-  while (graph.user_data.size <= place >> kChunkShift) {
-    if (!graph.user_data.Push(nullptr)) return nullptr;
+  const std::size_t number = place >> kChunkShift;
+  if (number >= graph.user_data.size || graph.user_data[number] == nullptr) {
+    const bool is_large = graph.chunks.size >= kUsualNodeChunks;
+    const std::size_t count = is_large ? kChunksInUserBlock : 1;
+    if (!AddUserData(graph, number / count * count, count)) return nullptr;
   }
-  void**& chunk = graph.user_data[place >> kChunkShift];
-  if (chunk == nullptr) chunk = static_cast<void**>(std::calloc(kChunkSize, sizeof(void*)));
-  return chunk;
+  return graph.user_data[number];
 }
 
 // --- Shapes of getters and setters ---------------------------------------------------------------
@@ -532,7 +556,7 @@ void CdfgFreeGraph(CdfgGraph* graph) {
   FreeAll(graph->node_blocks);
   FreeAll(graph->attributes.blocks);
   FreeAll(graph->strings.blocks);
-  FreeAll(graph->user_data);
+  FreeAll(graph->user_blocks);
   std::free(graph->places.slots);
   std::free(graph->file_numbers.slots);
   std::free(graph->wide_slots);

@@ -108,7 +108,8 @@ struct CdfgGraph {
   std::uint32_t last_file_name = 0;  // the number asked for last: most nodes have their neighbour's
   PlaceTable file_numbers;
 
-  Growable<void**> user_data;  // by chunk; null where no node has any
+  Growable<void**> user_data;   // by chunk; null where no node has any
+  Growable<void*> user_blocks;  // what they lie in
 
   bool memory_short = false;
 };

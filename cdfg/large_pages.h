@@ -8,6 +8,9 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
+
+#include "cdfg/memory.h"
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -25,4 +28,24 @@ inline void* NewChunk(std::size_t size, bool is_large_graph) {
   if (chunk != nullptr) (void)madvise(chunk, size, MADV_HUGEPAGE);
 #endif
   return chunk;
+}
+
+struct ChunkReleaser {
+  void operator()(void* chunk) const { std::free(chunk); }
+};
+// An array that owns its memory; its elements need no destruction.
+template <class Element>
+using Chunk = std::unique_ptr<Element[], ChunkReleaser>;
+
+// Room for `count` elements, not initialised, in large pages when it fills some. Without memory the
+// handler is called (cdfg/memory.h).
+template <class Element>
+Chunk<Element> MakeChunk(std::size_t count) {
+  const std::size_t size = count * sizeof(Element);
+  void* memory = nullptr;
+  if (size >= 2 * kLargePage) {
+    memory = NewChunk((size + kLargePage - 1) / kLargePage * kLargePage, true);
+  }
+  if (memory == nullptr) memory = MemRealloc(nullptr, size);
+  return Chunk<Element>(static_cast<Element*>(memory));
 }

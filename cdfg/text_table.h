@@ -5,9 +5,11 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cdfg/hash.h"
+#include "cdfg/large_pages.h"
 
 // Texts side by side in large blocks, released all at once.
 class TextArena {
@@ -23,14 +25,17 @@ class TextArena {
   }
 
  private:
+  // Where there are many blocks already, the next ones are large.
   void NewBlock(std::size_t at_least) {
     constexpr std::size_t kBlockSize = 16 * 1024;
-    left_ = at_least > kBlockSize ? at_least : kBlockSize;
-    blocks_.push_back(std::make_unique<char[]>(left_));
+    constexpr std::size_t kUsualBlocks = 64;
+    const std::size_t size = blocks_.size() < kUsualBlocks ? kBlockSize : 2 * kLargePage;
+    left_ = at_least > size ? at_least : size;
+    blocks_.push_back(MakeChunk<char>(left_));
     block_ = blocks_.back().get();
   }
 
-  std::vector<std::unique_ptr<char[]>> blocks_;
+  std::vector<Chunk<char>> blocks_;
   char* block_ = nullptr;
   std::size_t left_ = 0;
 };
@@ -45,7 +50,7 @@ class TextTable {
 
   // False, and nothing is added, when the text is there already.
   bool Add(std::string_view text) {
-    if (2 * (used_ + 1) > slots_.size()) Grow();
+    if (2 * (used_ + 1) > slot_count_) Grow();
     const std::size_t hash = TextHash{}(text);
     Slot& slot = slots_[SlotOf(text, hash)];
     if (slot.text != nullptr) return false;
@@ -67,7 +72,7 @@ class TextTable {
 
   // The slot that holds the text, or the empty one where it belongs.
   std::size_t SlotOf(std::string_view text, std::size_t hash) const {
-    const std::size_t mask = slots_.size() - 1;
+    const std::size_t mask = slot_count_ - 1;
     std::size_t place = hash & mask;
     while (slots_[place].text != nullptr && !Holds(slots_[place], text, hash)) {
       place = (place + 1) & mask;
@@ -76,18 +81,22 @@ class TextTable {
   }
 
   void Grow() {
-    std::vector<Slot> old(slots_.empty() ? 1024 : slots_.size() * 2);
-    old.swap(slots_);
-    const std::size_t mask = slots_.size() - 1;
-    for (const Slot& slot : old) {
-      if (slot.text == nullptr) continue;
-      std::size_t place = slot.hash & mask;
+    constexpr std::size_t kFirstSlots = 1024;
+    const std::size_t old_count =
+        std::exchange(slot_count_, used_ == 0 ? kFirstSlots : slot_count_ * 2);
+    const Chunk<Slot> old = std::exchange(slots_, MakeChunk<Slot>(slot_count_));
+    std::uninitialized_fill_n(slots_.get(), slot_count_, Slot{});
+    const std::size_t mask = slot_count_ - 1;
+    for (std::size_t i = 0; i < old_count; ++i) {
+      if (old[i].text == nullptr) continue;
+      std::size_t place = old[i].hash & mask;
       while (slots_[place].text != nullptr) place = (place + 1) & mask;
-      slots_[place] = slot;
+      slots_[place] = old[i];
     }
   }
 
   TextArena texts_;
-  std::vector<Slot> slots_;  // a power of two of them
+  Chunk<Slot> slots_;
+  std::size_t slot_count_ = 0;  // a power of two
   std::size_t used_ = 0;
 };
