@@ -43,6 +43,11 @@ NodeId CdfgPrevUntilOperation(const CdfgGraph* graph, NodeId id) {
   return 0;
 }
 
+void CdfgLink(CdfgGraph* graph, NodeId node, NodeId next) {
+  CdfgSetNext(graph, node, next);
+  CdfgSetPrev(graph, next, node);
+}
+
 int CdfgAppend(CdfgGraph* graph, NodeId first, NodeId added) {
   if (first == 0 || added == 0) return -1;
   NodeId last = 0;

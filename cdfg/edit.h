@@ -14,6 +14,8 @@ NodeId CdfgLastInChain(const CdfgGraph* graph, NodeId id);
 // The first node of the statement that `id` stands in: walks prev until a node whose prev is a
 // DFG_MANAGE_OPERATION or that has no prev, and answers it; 0 for 0.
 NodeId CdfgPrevUntilOperation(const CdfgGraph* graph, NodeId id);
+// Links `next` behind `node`, both ways. A next of 0 ends the chain.
+void CdfgLink(CdfgGraph* graph, NodeId node, NodeId next);
 // Links `added` behind the last node of the chain of `first` (next and prev). Walks the chain to
 // its end, so whoever appends many keeps the last node and appends to that. Answers 0; -1, with
 // nothing changed, when an argument is 0 or a node's next is itself.

@@ -91,8 +91,6 @@ NodeId AssignPending(Division& run, NodeId variable, NodeId value);
 NodeId CopyAsReference(CdfgGraph* graph, NodeId port);
 // A copy of a port as something to assign. 0 for 0.
 NodeId CopyAsTarget(CdfgGraph* graph, NodeId port);
-// Puts `target` in front of an edge.
-void LinkTarget(CdfgGraph* graph, NodeId target, NodeId edge);
 // Takes the dereferences of an operation's result away from it and answers how many there were.
 std::int32_t TakeDereferences(CdfgGraph* graph, NodeId operation);
 

@@ -34,13 +34,7 @@ void MoveDereferences(CdfgGraph* graph, NodeId operation, NodeId port) {
   if (count != 0) SetDereferences(graph, port, count);
 }
 
-// Links `node` behind `prev`.
-void LinkBehind(CdfgGraph* graph, NodeId prev, NodeId node) {
-  CdfgSetNext(graph, prev, node);
-  CdfgSetPrev(graph, node, prev);
-}
-
-// The same, but an edge keeps its target as prev.
+// Links `node` behind `prev`, but an edge keeps its target as prev.
 void LinkValueBehind(CdfgGraph* graph, NodeId prev, NodeId node) {
   CdfgSetNext(graph, prev, node);
   if (CdfgGetKind(graph, node) != DFG_EDGE_BLOCKING) CdfgSetPrev(graph, node, prev);
@@ -94,8 +88,8 @@ void SaveOldValue(Division& run, NodeId port) {
 NodeId AssignOperation(CdfgGraph* graph, NodeId operation, NodeId port, std::int32_t plain) {
   const NodeId target = CopyAsTarget(graph, port);
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, operation);
-  LinkTarget(graph, target, edge);
-  LinkBehind(graph, edge, operation);
+  CdfgLink(graph, target, edge);
+  CdfgLink(graph, edge, operation);
   CdfgSetAttrInt(graph, operation, DfgOpe_TYPE, plain);
   return edge;
 }
@@ -177,9 +171,9 @@ void CollapseCasts(CdfgGraph* graph, NodeId cast) {
       break;
     }
   }
-  if (innermost != 0) LinkBehind(graph, cast, CdfgGetNext(graph, innermost));
+  if (innermost != 0) CdfgLink(graph, cast, CdfgGetNext(graph, innermost));
   if (has_reference && CdfgGetKind(graph, operand) == DFG_FUNC_CALL) {
-    LinkBehind(graph, cast, operand);
+    CdfgLink(graph, cast, operand);
   }
 }
 
@@ -336,7 +330,7 @@ void ReadRewritten(Division& run, NodeId edge, NodeId operation, NodeId rewritte
   CdfgGraph* graph = run.graph;
   AppendPending(run, MakeStatement(graph, rewritten));
   const NodeId reference = CopyAsReference(graph, TakeAssignedPort(run, rewritten));
-  LinkBehind(graph, edge, reference);
+  CdfgLink(graph, edge, reference);
   MoveDereferences(graph, operation, PortOf(graph, reference));
 }
 
@@ -348,7 +342,7 @@ Deep<> DivideRightOperation(Division& run, NodeId edge, NodeId operation) {
     ReadRewritten(run, edge, operation, rewritten);
   } else if (CdfgGetAttrInt(graph, operation, DfgOpe_POINNUM) > 0) {
     const NodeId reference = MakeReference(graph, AssignToTemp(run, operation));
-    LinkBehind(graph, edge, reference);
+    CdfgLink(graph, edge, reference);
     MoveDereferences(graph, operation, PortOf(graph, reference));
   }
 }
@@ -356,7 +350,7 @@ Deep<> DivideRightOperation(Division& run, NodeId edge, NodeId operation) {
 // Divides a cast and puts what replaces it behind `prev`.
 Deep<> DivideRightCast(Division& run, NodeId cast, NodeId prev) {
   const NodeId replacement = co_await DivideCast(run, cast);
-  if (replacement != 0 && prev != 0) LinkBehind(run.graph, prev, replacement);
+  if (replacement != 0 && prev != 0) CdfgLink(run.graph, prev, replacement);
 }
 
 }  // namespace
@@ -417,7 +411,7 @@ Deep<> DivideLeftSide(Division& run, NodeId edge) {
     CdfgSetNext(graph, target, 0);
     new_target = CdfgCopyInput(graph, CdfgGetPrev(graph, assignment));
   }
-  LinkTarget(graph, new_target, edge);
+  CdfgLink(graph, new_target, edge);
   MoveDereferences(graph, target, new_target);
 }
 
@@ -453,7 +447,7 @@ void AppendPending(Division& run, NodeId statement) {
   if (run.pending.head == 0) {
     run.pending.head = statement;
   } else {
-    LinkBehind(run.graph, run.pending.tail, statement);
+    CdfgLink(run.graph, run.pending.tail, statement);
   }
   run.pending.tail = statement;
 }
@@ -466,8 +460,8 @@ NodeId MakeStatement(CdfgGraph* graph, NodeId root) {
 
 NodeId MakeAssignment(CdfgGraph* graph, NodeId position, NodeId variable, NodeId value) {
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, position);
-  LinkTarget(graph, MakeTarget(graph, position, variable), edge);
-  LinkBehind(graph, edge, value);
+  CdfgLink(graph, MakeTarget(graph, position, variable), edge);
+  CdfgLink(graph, edge, value);
   return edge;
 }
 
@@ -489,8 +483,6 @@ NodeId CopyAsTarget(CdfgGraph* graph, NodeId port) {
   CdfgRekindChain(graph, copy, DFG_INPUT_VAR, DFG_OUTPUT_VAR);
   return copy;
 }
-
-void LinkTarget(CdfgGraph* graph, NodeId target, NodeId edge) { LinkBehind(graph, target, edge); }
 
 std::int32_t TakeDereferences(CdfgGraph* graph, NodeId operation) {
   const std::int32_t count = CdfgGetAttrInt(graph, operation, DfgOpe_POINNUM);

@@ -33,11 +33,6 @@ struct Run {
   IdMap<NodeId> directives;
 };
 
-void Link(CdfgGraph* graph, NodeId node, NodeId next) {
-  CdfgSetNext(graph, node, next);
-  CdfgSetPrev(graph, next, node);
-}
-
 // --- Directives ----------------------------------------------------------------------------------
 
 bool ChoosesUnit(const CdfgGraph* graph, NodeId directive) {
@@ -102,17 +97,17 @@ NodeId MakeCopyDatapath(CdfgGraph* graph, NodeId operand, NodeId port) {
   CdfgSetPrev(graph, statement, datapath);
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, operand);
   CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edge);
-  Link(graph, edge, MakeEdgeTo(graph, operand, operand));
+  CdfgLink(graph, edge, MakeEdgeTo(graph, operand, operand));
   const NodeId target = CdfgCopyInput(graph, port);
   CdfgRekindChain(graph, target, DFG_INPUT_VAR, DFG_OUTPUT_VAR);
-  Link(graph, target, edge);
+  CdfgLink(graph, target, edge);
   return datapath;
 }
 
 // Whatever the current datapath's prev is, it takes the copy as its body or as its next.
 void PutInFront(CdfgGraph* graph, NodeId datapath, NodeId added) {
   CdfgAttachBody(graph, CdfgGetPrev(graph, datapath), added);
-  Link(graph, added, datapath);
+  CdfgLink(graph, added, datapath);
 }
 
 void TreatOperand(Run& run, NodeId operand) {
@@ -125,7 +120,7 @@ void TreatOperand(Run& run, NodeId operand) {
       run.code == CALC_Mul ? MakeMulVar(graph, operand, type) : MakeDivVar(graph, operand, type);
   CarryDirective(run, operand, variable);
   const NodeId port = MakeOperand(graph, operand, variable);
-  Link(graph, reference, port);
+  CdfgLink(graph, reference, port);
   PutInFront(graph, run.datapath, MakeCopyDatapath(graph, operand, port));
 }
 

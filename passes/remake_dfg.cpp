@@ -30,11 +30,6 @@ NodeId RootOf(const CdfgGraph* graph, NodeId statement) {
   return CdfgGetAttr(graph, statement, DfgOpeman_OPE);
 }
 
-void Link(CdfgGraph* graph, NodeId node, NodeId next) {
-  CdfgSetNext(graph, node, next);
-  CdfgSetPrev(graph, next, node);
-}
-
 // --- 1. Chained assignments ----------------------------------------------------------------------
 
 bool IsBlocking(const CdfgGraph* graph, NodeId node) {
@@ -58,15 +53,15 @@ std::vector<NodeId> CollectEdges(const CdfgGraph* graph, NodeId outermost) {
 // Makes `edge` assign the value of the target of `inner`.
 void ReadTarget(CdfgGraph* graph, NodeId edge, NodeId inner) {
   const NodeId reference = CdfgCreateNode(graph, DFG_EDGE_PRESEDE, edge);
-  Link(graph, edge, reference);
+  CdfgLink(graph, edge, reference);
   const NodeId copy = CdfgCopyInput(graph, CdfgGetPrev(graph, inner));
   CdfgRekindChain(graph, copy, DFG_OUTPUT_VAR, DFG_INPUT_VAR);
-  Link(graph, reference, copy);
+  CdfgLink(graph, reference, copy);
 }
 
 void InsertBehind(CdfgGraph* graph, NodeId statement, NodeId added) {
-  Link(graph, added, CdfgGetNext(graph, statement));
-  Link(graph, statement, added);
+  CdfgLink(graph, added, CdfgGetNext(graph, statement));
+  CdfgLink(graph, statement, added);
 }
 
 // The statement keeps the innermost assignment; the others follow it from the inside outwards.
@@ -195,8 +190,8 @@ bool EndsInVariable(const CdfgGraph* graph, NodeId branch) {
 // The statement `variable` = `value`, with the position of the value.
 NodeId MakeAssignment(CdfgGraph* graph, NodeId variable, NodeId value) {
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, value);
-  Link(graph, MakeTarget(graph, value, variable), edge);
-  Link(graph, edge, value);
+  CdfgLink(graph, MakeTarget(graph, value, variable), edge);
+  CdfgLink(graph, edge, value);
   const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, edge);
   CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edge);
   return statement;
@@ -214,7 +209,7 @@ bool PutInFront(CdfgGraph* graph, NodeId statement, NodeId added) {
     return false;
   }
   CdfgSetPrev(graph, added, prev);
-  Link(graph, added, statement);
+  CdfgLink(graph, added, statement);
   return true;
 }
 

@@ -8,6 +8,7 @@
 // the body's owner as its prev.
 #include "passes/split_datapaths.h"
 
+#include "cdfg/edit.h"
 #include "cdfg/kinds.h"
 #include "cdfg/walk.h"
 #include "passes/module_list.h"
@@ -21,11 +22,6 @@ NodeId MakeDatapath(CdfgGraph* graph, NodeId position, NodeId statement) {
   CdfgSetPrev(graph, statement, datapath);
   CdfgSetNext(graph, statement, 0);
   return datapath;
-}
-
-void Link(CdfgGraph* graph, NodeId node, NodeId next) {
-  CdfgSetNext(graph, node, next);
-  if (next != 0) CdfgSetPrev(graph, next, node);
 }
 
 void SplitDatapath(CdfgGraph* graph, NodeId datapath) {
@@ -42,13 +38,13 @@ void SplitDatapath(CdfgGraph* graph, NodeId datapath) {
     if (run_first == 0) {
       run_first = single;
     } else {
-      Link(graph, run_last, single);
+      CdfgLink(graph, run_last, single);
     }
     run_last = single;
     statement = next;
   }
-  Link(graph, run_last, behind);
-  Link(graph, datapath, run_first);
+  CdfgLink(graph, run_last, behind);
+  CdfgLink(graph, datapath, run_first);
 }
 
 void RepairHead(CdfgGraph* graph, NodeId owner) {

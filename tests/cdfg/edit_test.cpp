@@ -24,6 +24,19 @@ class Edit : public GraphTest {
   }
 };
 
+// --- Links ---------------------------------------------------------------------------------------
+
+TEST_F(Edit, LinksBothWays) {
+  AddNodes(3);
+  CdfgLink(graph, 2, 3);
+  EXPECT_EQ(CdfgGetNext(graph, 2), 3U);
+  EXPECT_EQ(CdfgGetPrev(graph, 3), 2U);
+  EXPECT_EQ(CdfgGetPrev(graph, 2), 0U);
+  CdfgLink(graph, 2, 0);
+  EXPECT_EQ(CdfgGetNext(graph, 2), 0U);
+  EXPECT_EQ(CdfgGetPrev(graph, 3), 2U) << "what was behind it is not touched";
+}
+
 // --- The last node -------------------------------------------------------------------------------
 
 TEST_F(Edit, FindsTheLastNodeOfAChain) {
