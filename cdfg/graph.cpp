@@ -97,7 +97,7 @@ bool MakeRoomForId(IdTable& table) {
   larger.used = table.used;
   larger.slots = static_cast<IdSlot*>(std::calloc(larger.slot_count, sizeof(IdSlot)));
   if (larger.slots == nullptr) return false;
-  for (std::size_t i = 0; i < table.slot_count; ++i) {
+  for (std::size_t i = 0; table.slots != nullptr && i < table.slot_count; ++i) {
     if (table.slots[i].id != 0) ProbeId(larger, table.slots[i].id) = table.slots[i];
   }
   std::free(table.slots);
