@@ -41,20 +41,20 @@ class TextArena {
 };
 
 // A hash table by open addressing, with each hash beside the text, so that other texts are hardly
-// ever looked at. Texts may hold any bytes.
+// ever looked at. Texts may hold any bytes, up to 4 GB of them.
 class TextTable {
  public:
   bool Contains(std::string_view text) const {
-    return used_ != 0 && slots_[SlotOf(text, TextHash{}(text))].text != nullptr;
+    return used_ != 0 && slots_[SlotOf(text, HashOf(text))].text != nullptr;
   }
 
   // False, and nothing is added, when the text is there already.
   bool Add(std::string_view text) {
     if (2 * (used_ + 1) > slot_count_) Grow();
-    const std::size_t hash = TextHash{}(text);
+    const std::uint32_t hash = HashOf(text);
     Slot& slot = slots_[SlotOf(text, hash)];
     if (slot.text != nullptr) return false;
-    slot = {texts_.Keep(text), text.size(), hash};
+    slot = {texts_.Keep(text), static_cast<std::uint32_t>(text.size()), hash};
     ++used_;
     return true;
   }
@@ -62,16 +62,20 @@ class TextTable {
  private:
   struct Slot {
     const char* text = nullptr;  // null: empty
-    std::size_t length = 0;
-    std::size_t hash = 0;
+    std::uint32_t length = 0;
+    std::uint32_t hash = 0;
   };
 
-  static bool Holds(const Slot& slot, std::string_view text, std::size_t hash) {
+  static std::uint32_t HashOf(std::string_view text) {
+    return static_cast<std::uint32_t>(TextHash{}(text));
+  }
+
+  static bool Holds(const Slot& slot, std::string_view text, std::uint32_t hash) {
     return slot.hash == hash && std::string_view(slot.text, slot.length) == text;
   }
 
   // The slot that holds the text, or the empty one where it belongs.
-  std::size_t SlotOf(std::string_view text, std::size_t hash) const {
+  std::size_t SlotOf(std::string_view text, std::uint32_t hash) const {
     const std::size_t mask = slot_count_ - 1;
     std::size_t place = hash & mask;
     while (slots_[place].text != nullptr && !Holds(slots_[place], text, hash)) {
