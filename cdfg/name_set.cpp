@@ -1,5 +1,6 @@
 #include "cdfg/name_set.h"
 
+#include <climits>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -38,14 +39,34 @@ int NameSetContains(const char* name) {
   return name_set->Contains(name) ? 1 : 0;
 }
 
+namespace {
+
+void Number(std::string& name, const char* prefix, int digits, int number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.*d", digits, number);
+  name.assign(prefix).append(text);
+}
+
+// Fresh names are asked for in the order of their numbers, and ten that follow one another lie side
+// by side: the next ten are fetched while these are used up.
+void ExpectNextTen(const char* prefix, int digits, int number) {
+  constexpr int kTen = 10;
+  if (number % kTen != 0 || number > INT_MAX - kTen) return;
+  std::string name;
+  Number(name, prefix, digits, number + kTen);
+  name_set->Expect(name);
+}
+
+}  // namespace
+
 std::string NameSetFresh(const char* prefix, int digits, int* counter) {
   std::string name;
   bool is_taken = false;
   do {
-    char number[32];
-    std::snprintf(number, sizeof number, "%.*d", digits, *counter);
-    *counter = static_cast<int>(static_cast<unsigned>(*counter) + 1);
-    name.assign(prefix).append(number);
+    const int number = *counter;
+    *counter = static_cast<int>(static_cast<unsigned>(number) + 1);
+    Number(name, prefix, digits, number);
+    if (name_set != nullptr) ExpectNextTen(prefix, digits, number);
     is_taken = name_set != nullptr && !name_set->Add(name);
   } while (is_taken);
   return name;

@@ -48,6 +48,18 @@ class TextTable {
     return used_ != 0 && slots_[SlotOf(text, HashOf(text))].text != nullptr;
   }
 
+  // Says that the text, and others that differ in their last byte alone, will be asked for soon.
+  void Expect(std::string_view text) const {
+    if (used_ == 0) return;
+    constexpr std::size_t kNeighbours = 16;
+    constexpr std::size_t kLine = 64;
+    const std::size_t first = HashOf(text) & (slot_count_ - 1) & ~(kNeighbours - 1);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(slots_.get() + first);
+    for (std::size_t at = 0; at < kNeighbours * sizeof(Slot); at += kLine) {
+      __builtin_prefetch(bytes + at);
+    }
+  }
+
   // False, and nothing is added, when the text is there already.
   bool Add(std::string_view text) {
     if (2 * (used_ + 1) > slot_count_) Grow();

@@ -59,6 +59,16 @@ TEST(TextTables, HoldAllTextsThatDifferInTheirLastByte) {
   EXPECT_FALSE(table.Contains("name"));
 }
 
+TEST(TextTables, MayBeToldWhatToExpect) {
+  TextTable table;
+  table.Expect("a");
+  table.Add("a");
+  table.Expect("");
+  table.Expect(std::string(100000, 'x'));
+  EXPECT_TRUE(table.Contains("a"));
+  EXPECT_FALSE(table.Contains("")) << "expecting is not adding";
+}
+
 TEST(TextTables, Grow) {
   TextTable table;
   for (int i = 0; i < 100000; ++i) ASSERT_TRUE(table.Add("n" + std::to_string(i)));
