@@ -150,8 +150,7 @@ Deep<bool> CopyTargets(CopyRun& run, NodeId target, NodeId edge_copy) {
     if (behind == 0) {
       CdfgAppend(graph, copy, edge_copy);
     } else {
-      CdfgSetNext(graph, copy, behind);
-      CdfgSetPrev(graph, behind, copy);
+      CdfgLink(graph, copy, behind);
     }
     behind = copy;
   }

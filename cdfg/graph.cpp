@@ -74,17 +74,10 @@ bool MakeRoom(PlaceTable& table, StartOf start_of) {
 
 // --- Finding nodes -------------------------------------------------------------------------------
 
-// Sixteen neighbouring ids start in neighbouring slots, so walking along ids stays in the cache;
-// which of them comes first differs, so ids that are far apart start in all slots alike.
-std::size_t IdStart(NodeId id) {
-  const std::uint64_t mixed = MixBits(hash::seed ^ (id >> 4));
-  return static_cast<std::size_t>(mixed << 4) | ((id ^ (mixed >> 60)) & 15U);
-}
-
 // The slot that holds the id, or the empty slot where it belongs. The table is never full.
 IdSlot& ProbeId(const IdTable& table, NodeId id) {
   const std::size_t mask = table.slot_count - 1;
-  std::size_t slot = IdStart(id) & mask;
+  std::size_t slot = IdHash{}(id)&mask;
   while (table.slots[slot].id != 0 && table.slots[slot].id != id) slot = (slot + 1) & mask;
   return table.slots[slot];
 }

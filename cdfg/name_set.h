@@ -17,7 +17,8 @@ int NameSetContains(const char* name);
 void NameSetFree();
 
 // The bucket of a name, 0 to 255: the sum of its bytes, each taken as a signed 8-bit number,
-// reduced to the lowest 8 bits.
+// reduced to the lowest 8 bits. For whoever compares with tools that lay names out in buckets; this
+// set is one table.
 unsigned NameSetBucket(const char* name);
 
 // A name that is not in the set yet, and is from now on: `prefix` followed by *counter in decimal

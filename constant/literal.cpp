@@ -14,6 +14,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "cdfg/edit.h"
+
 static_assert(std::numeric_limits<float>::digits == 24 && std::numeric_limits<float>::is_iec559);
 static_assert(std::numeric_limits<double>::digits == 53 && std::numeric_limits<double>::is_iec559);
 static_assert(std::numeric_limits<long double>::digits == 64,
@@ -299,7 +301,6 @@ NodeId ConstMake(CdfgGraph* graph, const char* text, std::int32_t value, int rad
   CdfgSetAttrInt(graph, constant, DfgInputCnst_WIDTH, width);
   if (wrap != 1) return constant;
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_PRESEDE, position);
-  CdfgSetNext(graph, edge, constant);
-  CdfgSetPrev(graph, constant, edge);
+  CdfgLink(graph, edge, constant);
   return edge;
 }

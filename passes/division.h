@@ -80,12 +80,8 @@ NodeId AllocationCallOf(const CdfgGraph* graph, NodeId cast);
 
 // Appends a statement that is in no list.
 void AppendPending(Division& run, NodeId statement);
-// A new statement with this root, with the root's position.
-NodeId MakeStatement(CdfgGraph* graph, NodeId root);
-// The assignment of `value` to a variable, with the position of `position`, in no statement yet.
-// Answers the edge; its prev is the target.
-NodeId MakeAssignment(CdfgGraph* graph, NodeId position, NodeId variable, NodeId value);
-// The same with the value's position, appended as a statement.
+// A statement that assigns `value` to a variable, with the value's position, appended. Answers the
+// edge; its prev is the target.
 NodeId AssignPending(Division& run, NodeId variable, NodeId value);
 // A copy of a port as something to read: a DFG_EDGE_PRESEDE in front of the copy. 0 for 0.
 NodeId CopyAsReference(CdfgGraph* graph, NodeId port);

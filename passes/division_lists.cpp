@@ -220,8 +220,7 @@ NodeId MakeDatapath(CdfgGraph* graph, NodeId position, NodeId statements) {
 
 void PutInFront(CdfgGraph* graph, NodeId statement, NodeId datapath) {
   const NodeId prev = CdfgGetPrev(graph, statement);
-  CdfgSetNext(graph, datapath, statement);
-  CdfgSetPrev(graph, statement, datapath);
+  CdfgLink(graph, datapath, statement);
   CdfgAttachBody(graph, prev, datapath);
 }
 

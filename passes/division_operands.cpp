@@ -452,19 +452,6 @@ void AppendPending(Division& run, NodeId statement) {
   run.pending.tail = statement;
 }
 
-NodeId MakeStatement(CdfgGraph* graph, NodeId root) {
-  const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, root);
-  CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, root);
-  return statement;
-}
-
-NodeId MakeAssignment(CdfgGraph* graph, NodeId position, NodeId variable, NodeId value) {
-  const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, position);
-  CdfgLink(graph, MakeTarget(graph, position, variable), edge);
-  CdfgLink(graph, edge, value);
-  return edge;
-}
-
 NodeId AssignPending(Division& run, NodeId variable, NodeId value) {
   const NodeId edge = MakeAssignment(run.graph, value, variable, value);
   AppendPending(run, MakeStatement(run.graph, edge));

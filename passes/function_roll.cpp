@@ -105,8 +105,7 @@ void InsertInFront(CdfgGraph* graph, NodeId function, NodeId copy) {
     CdfgSetNext(graph, prev, copy);
   }
   CdfgSetPrev(graph, copy, prev);
-  CdfgSetNext(graph, copy, function);
-  CdfgSetPrev(graph, function, copy);
+  CdfgLink(graph, copy, function);
 }
 
 void RecordCopy(Rolling& run, NodeId copy, NodeId base) {

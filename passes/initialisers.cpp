@@ -80,8 +80,7 @@ NodeId MakeTarget(const Conversion& run) {
 NodeId MakeEdge(const Conversion& run, NodeId target, NodeId value) {
   CdfgGraph* graph = run.graph;
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, run.declaration);
-  CdfgSetNext(graph, target, edge);
-  CdfgSetPrev(graph, edge, target);
+  CdfgLink(graph, target, edge);
   CdfgSetNext(graph, edge, value);
   if (CdfgGetKind(graph, value) != DFG_EDGE_BLOCKING) CdfgSetPrev(graph, value, edge);
   return edge;
@@ -255,8 +254,7 @@ void Place(CdfgGraph* graph, NodeId container, const Pending& pending) {
     CdfgSetAttrNode(graph, container, CfgFunc_STARTCFG, pending.head);
   } else {
     follower = CdfgGetNext(graph, container);
-    CdfgSetNext(graph, container, pending.head);
-    CdfgSetPrev(graph, pending.head, container);
+    CdfgLink(graph, container, pending.head);
   }
   CdfgAppend(graph, pending.tail, follower);
 }

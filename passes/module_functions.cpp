@@ -192,8 +192,7 @@ Deep<> WalkFunction(Collecting& run, NodeId function) {
 // Links `copy` into the chain directly behind `original`.
 void SpliceBehind(CdfgGraph* graph, NodeId original, NodeId copy) {
   const NodeId next = CdfgGetNext(graph, original);
-  CdfgSetNext(graph, original, copy);
-  CdfgSetPrev(graph, copy, original);
+  CdfgLink(graph, original, copy);
   CdfgAppend(graph, copy, next);
 }
 

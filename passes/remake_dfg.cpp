@@ -187,16 +187,6 @@ bool EndsInVariable(const CdfgGraph* graph, NodeId branch) {
          kind == DFG_OUTPUT_VAR;
 }
 
-// The statement `variable` = `value`, with the position of the value.
-NodeId MakeAssignment(CdfgGraph* graph, NodeId variable, NodeId value) {
-  const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, value);
-  CdfgLink(graph, MakeTarget(graph, value, variable), edge);
-  CdfgLink(graph, edge, value);
-  const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, edge);
-  CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edge);
-  return statement;
-}
-
 // False, with nothing done, when the statement's prev does not say where it stands.
 bool PutInFront(CdfgGraph* graph, NodeId statement, NodeId added) {
   const NodeId prev = CdfgGetPrev(graph, statement);
@@ -222,7 +212,7 @@ NodeId ConvertBranch(CdfgGraph* graph, NodeId statement, NodeId branch, const Ex
   TypeOfExpression(graph, branch, &type);
   if (!IsFloating(type) || type.value_type == target.value_type) return 0;
   const NodeId variable = MakeTempVar(graph, branch, target);
-  const NodeId assignment = MakeAssignment(graph, variable, branch);
+  const NodeId assignment = MakeStatement(graph, MakeAssignment(graph, branch, variable, branch));
   if (!PutInFront(graph, statement, assignment)) return 0;
   return MakeInput(graph, branch, variable);
 }

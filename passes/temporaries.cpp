@@ -87,7 +87,19 @@ NodeId MakeReference(CdfgGraph* graph, NodeId variable) {
 
 NodeId MakeEdgeTo(CdfgGraph* graph, NodeId position, NodeId node) {
   const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_PRESEDE, position);
-  CdfgSetNext(graph, edge, node);
-  CdfgSetPrev(graph, node, edge);
+  CdfgLink(graph, edge, node);
+  return edge;
+}
+
+NodeId MakeStatement(CdfgGraph* graph, NodeId root) {
+  const NodeId statement = CdfgCreateNode(graph, DFG_MANAGE_OPERATION, root);
+  CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, root);
+  return statement;
+}
+
+NodeId MakeAssignment(CdfgGraph* graph, NodeId position, NodeId variable, NodeId value) {
+  const NodeId edge = CdfgCreateNode(graph, DFG_EDGE_BLOCKING, position);
+  CdfgLink(graph, MakeTarget(graph, position, variable), edge);
+  CdfgLink(graph, edge, value);
   return edge;
 }

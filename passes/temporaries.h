@@ -41,3 +41,8 @@ NodeId MakeInput(CdfgGraph* graph, NodeId position, NodeId variable);
 NodeId MakeReference(CdfgGraph* graph, NodeId variable);
 // A DFG_EDGE_PRESEDE in front of `node`, with the position of `position`.
 NodeId MakeEdgeTo(CdfgGraph* graph, NodeId position, NodeId node);
+// A new statement with this root, with the root's position.
+NodeId MakeStatement(CdfgGraph* graph, NodeId root);
+// The assignment of `value` to a variable, with the position of `position`, in no statement yet.
+// Answers the edge; its prev is the target.
+NodeId MakeAssignment(CdfgGraph* graph, NodeId position, NodeId variable, NodeId value);
