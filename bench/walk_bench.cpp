@@ -38,9 +38,7 @@ CdfgGraph* DesignOf(std::int64_t nodes, bench::Shape shape) {
 void EnterOperands(const CdfgGraph* graph, ChainWalk& walk, NodeId node) {
   switch (CdfgGetKind(graph, node)) {
     case DFG_OPERATION:
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT));
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT));
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND));
+      walk.EnterOperands(node);
       break;
     case DFG_INPUT_VAR:
     case DFG_OUTPUT_VAR:

@@ -101,6 +101,12 @@ void ChainWalk::Enter(NodeId first, int tag) {
   frame.tag = tag;
 }
 
+void ChainWalk::EnterOperands(NodeId operation, int tag) {
+  Enter(CdfgGetAttr(graph_, operation, DfgOpe_LEFT), tag);
+  Enter(CdfgGetAttr(graph_, operation, DfgOpe_RIGHT), tag);
+  Enter(CdfgGetAttr(graph_, operation, DfgOpe_COND), tag);
+}
+
 void ChainWalk::SetCurrent(const Frame& frame, State state) {
   current_ = {frame.node, frame.depth, frame.tag, state};
 }

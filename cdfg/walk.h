@@ -36,6 +36,8 @@ class ChainWalk {
   // Asks for the chain at `first` to be visited before the successor of the current node; chains
   // asked for at one visit come in the order asked. 0 is allowed: an empty chain.
   void Enter(NodeId first, int tag = 0);
+  // The same for the operands of an operation: left, right, condition.
+  void EnterOperands(NodeId operation, int tag = 0);
 
   // The tag of the chain that the current node stands in.
   int Tag() const { return current_.tag; }

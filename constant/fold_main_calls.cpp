@@ -48,9 +48,7 @@ void FoldCallsOf(CdfgGraph* graph, NodeId root) {
   while (const NodeId node = walk.Next()) {
     const std::uint32_t kind = CdfgGetKind(graph, node);
     if (kind == DFG_OPERATION) {
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT));
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT));
-      walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND));
+      walk.EnterOperands(node);
     } else if (kind == DFG_FUNC_CALL && IsModuleCall(graph, node)) {
       FoldArguments(graph, node);
     }

@@ -73,12 +73,6 @@ void MarkPort(const CdfgGraph* graph, NodeId port) {
 
 // --- Expressions ---------------------------------------------------------------------------------
 
-void EnterOperands(const CdfgGraph* graph, ChainWalk& walk, NodeId operation) {
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_LEFT));
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_RIGHT));
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_COND));
-}
-
 void EnterListed(const CdfgGraph* graph, ChainWalk& walk, NodeId list, std::uint32_t attribute) {
   for (const NodeId item : NextChain(graph, list)) {
     walk.Enter(CdfgGetAttr(graph, item, attribute));
@@ -89,7 +83,7 @@ void EnterListed(const CdfgGraph* graph, ChainWalk& walk, NodeId list, std::uint
 void MarkNode(const CdfgGraph* graph, ChainWalk& walk, NodeId node) {
   const std::uint32_t kind = CdfgGetKind(graph, node);
   if (kind == DFG_OPERATION) {
-    EnterOperands(graph, walk, node);
+    walk.EnterOperands(node);
   } else if (kind == DFG_FUNC_CALL) {
     const NodeId arguments = CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST);
     EnterListed(graph, walk, arguments, DfgPortInfo_SIGNAL);

@@ -230,9 +230,7 @@ bool HasVariables(const CdfgGraph* graph, NodeId initialiser) {
     const std::uint32_t kind = CdfgGetKind(graph, node);
     if (IsVariable(kind)) has_variables = true;
     if (kind != DFG_OPERATION) continue;
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT));
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT));
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND));
+    walk.EnterOperands(node);
   }
   return has_variables;
 }

@@ -77,9 +77,7 @@ Deep<bool> WalkExpression(Collecting& run, NodeId first) {
   while (const NodeId node = walk.Next()) {
     switch (CdfgGetKind(graph, node)) {
       case DFG_OPERATION:
-        walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT));
-        walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT));
-        walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND));
+        walk.EnterOperands(node);
         break;
       case DFG_INPUT_VAR:
       case DFG_OUTPUT_VAR:

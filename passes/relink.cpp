@@ -35,9 +35,7 @@ void RelinkNode(Relinking& run, NodeId node) {
   CdfgGraph* graph = run.graph;
   switch (CdfgGetKind(graph, node)) {
     case DFG_OPERATION:
-      run.walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT));
-      run.walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT));
-      run.walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND));
+      run.walk.EnterOperands(node);
       break;
     case DFG_FUNC_CALL:
       for (const NodeId info : NextChain(graph, CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST))) {

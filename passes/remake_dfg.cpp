@@ -132,9 +132,7 @@ void CleanNode(Cleanup& run, NodeId node) {
   } else if (kind == DFG_FUNC_CALL) {
     walk.Enter(CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST), kArguments);
   } else if (kind == DFG_OPERATION) {
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_LEFT), kExpression);
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_RIGHT), kExpression);
-    walk.Enter(CdfgGetAttr(graph, node, DfgOpe_COND), kExpression);
+    walk.EnterOperands(node, kExpression);
   }
 }
 

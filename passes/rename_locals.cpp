@@ -117,12 +117,6 @@ void RenameNested(CdfgGraph* graph, Scope& scope, NodeId body) {
 // What kind of chain the walk of references is on.
 enum Tag : int { kExpression, kDeclarations, kInitialiser };
 
-void EnterOperands(const CdfgGraph* graph, ChainWalk& walk, NodeId operation) {
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_LEFT), kExpression);
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_RIGHT), kExpression);
-  walk.Enter(CdfgGetAttr(graph, operation, DfgOpe_COND), kExpression);
-}
-
 // The indexes of a port or of a declaration.
 void EnterIndexes(const CdfgGraph* graph, ChainWalk& walk, NodeId first) {
   for (const NodeId index : NextChain(graph, first)) {
@@ -151,7 +145,7 @@ void VisitTargets(CdfgGraph* graph, ChainWalk& walk, NodeId edge) {
     if (node == edge) break;
     const std::uint32_t kind = CdfgGetKind(graph, node);
     if (kind == DFG_OPERATION) {
-      EnterOperands(graph, walk, node);
+      walk.EnterOperands(node, kExpression);
     } else if (IsPlainPort(kind)) {
       RenamePort(graph, walk, node);
     }
@@ -161,7 +155,7 @@ void VisitTargets(CdfgGraph* graph, ChainWalk& walk, NodeId edge) {
 void VisitExpression(CdfgGraph* graph, ChainWalk& walk, NodeId node) {
   const std::uint32_t kind = CdfgGetKind(graph, node);
   if (kind == DFG_OPERATION) {
-    EnterOperands(graph, walk, node);
+    walk.EnterOperands(node, kExpression);
   } else if (CdfgIsAssignment(kind)) {
     VisitTargets(graph, walk, node);
   } else if (CdfgIsPortOrConcat(kind)) {

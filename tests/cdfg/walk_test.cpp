@@ -66,6 +66,26 @@ TEST_F(ChainWalks, StayAtTheirEnd) {
   EXPECT_EQ(walk.Next(), 0U);
 }
 
+TEST_F(ChainWalks, EnterTheOperandsOfAnOperationInTheirOrder) {
+  const NodeId operation = Add(DFG_OPERATION);
+  const NodeId left = Add(DFG_EDGE_PRESEDE);
+  const NodeId right = Add(DFG_EDGE_PRESEDE);
+  const NodeId condition = Add(DFG_EDGE_PRESEDE);
+  const NodeId successor = Add(DFG_OPERATION);
+  CdfgSetNext(graph, operation, successor);
+  CdfgSetAttrNode(graph, operation, DfgOpe_COND, condition);
+  CdfgSetAttrNode(graph, operation, DfgOpe_RIGHT, right);
+  CdfgSetAttrNode(graph, operation, DfgOpe_LEFT, left);
+  ChainWalk walk(graph, operation);
+  EXPECT_EQ(walk.Next(), operation);
+  walk.EnterOperands(operation, 7);
+  for (const NodeId operand : {left, right, condition}) {
+    EXPECT_EQ(walk.Next(), operand);
+    EXPECT_EQ(walk.Tag(), 7);
+  }
+  EXPECT_EQ(walk.Next(), successor);
+}
+
 TEST_F(ChainWalks, EnterAChainBeforeTheSuccessor) {
   AddNodes(4);
   Chain({1, 2});
