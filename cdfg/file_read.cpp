@@ -118,7 +118,7 @@ bool ReadAttribute(CdfgGraph& graph, std::size_t place, Source& source) {
 }
 
 // File name, line and column go into the node only when all three are there.
-bool ReadPosition(CdfgGraph& graph, NodeRecord& node, Source& source) {
+bool ReadPosition(CdfgGraph& graph, std::size_t place, Source& source) {
   const unsigned char* count_bytes = Take(source, 2);
   if (count_bytes == nullptr) return false;
   const std::size_t count = ReadBig16(count_bytes);
@@ -126,9 +126,10 @@ bool ReadPosition(CdfgGraph& graph, NodeRecord& node, Source& source) {
   if (bytes == nullptr) return false;
   const auto* name = reinterpret_cast<const char*>(bytes);
   const std::size_t length = strnlen(name, count);
-  if (length != 0) SetNodeFileName(graph, node, name, length);
-  node.line = static_cast<std::int32_t>(ReadBig32(bytes + count));
-  node.column = static_cast<std::int32_t>(ReadBig32(bytes + count + 4));
+  if (length != 0) SetNodeFileName(graph, place, name, length);
+  Position& position = PositionAt(graph, place);
+  position.line = static_cast<std::int32_t>(ReadBig32(bytes + count));
+  position.column = static_cast<std::int32_t>(ReadBig32(bytes + count + 4));
   return true;
 }
 
@@ -147,12 +148,12 @@ bool ReadNode(CdfgGraph& graph, Source& source) {
   if (count_bytes == nullptr) return false;
   const auto count = static_cast<std::int32_t>(ReadBig32(count_bytes));
   if (count > 0) {
-    ReserveAttributes(graph, node,
+    ReserveAttributes(graph, place,
                       std::min(static_cast<std::uint32_t>(count), kMostAttributesAhead));
   }
   std::int32_t left = count;
   while (left > 0 && !graph.memory_short && ReadAttribute(graph, place, source)) --left;
-  return ReadPosition(graph, node, source) && !graph.memory_short;
+  return ReadPosition(graph, place, source) && !graph.memory_short;
 }
 
 CdfgGraph* SayShortOfMemory() {

@@ -47,46 +47,50 @@ void PutText(Sink& sink, const char* text) {
   PutBytes(sink, text, length);
 }
 
-void PutAttribute(Sink& sink, const Attribute& attribute) {
-  unsigned char* end = WriteBig32(Room(sink), attribute.id);
+void PutAttribute(Sink& sink, const CdfgGraph& graph, const Attribute& attribute) {
+  const std::uint64_t bits = BitsOf(graph, attribute);
+  unsigned char* end = WriteBig32(Room(sink), IdOf(graph, attribute));
   end = WriteBig32(end, attribute.type);
   switch (attribute.type) {
     case ATTR_CHAR:
-      *end++ = static_cast<unsigned char>(attribute.bits);
+      *end++ = static_cast<unsigned char>(bits);
       break;
     case ATTR_INT:
     case ATTR_NODE:
-      end = WriteBig32(end, static_cast<std::uint32_t>(attribute.bits));
+      end = WriteBig32(end, static_cast<std::uint32_t>(bits));
       break;
     case ATTR_LONGLONG:
     case ATTR_FLOAT:
-      end = WriteBig64(end, attribute.bits);
+      end = WriteBig64(end, bits);
       break;
     default:
       break;
   }
   sink.end = end;
-  if (attribute.type == ATTR_STRING) PutText(sink, StringOf(attribute));
+  if (attribute.type == ATTR_STRING) PutText(sink, StringOf(graph, attribute));
 }
 
-void PutNode(Sink& sink, const CdfgGraph& graph, const NodeRecord& node) {
+void PutNode(Sink& sink, const CdfgGraph& graph, std::size_t place, const NodeRecord& node) {
+  const std::uint32_t count = AttributeCount(node);
   unsigned char* end = Room(sink);
   for (const std::uint32_t field :
-       {node.id, node.kind, node.prev, node.next, node.jump, node.attribute_count}) {
+       {IdAt(graph, place), node.kind, node.prev, node.next, node.jump, count}) {
     end = WriteBig32(end, field);
   }
   sink.end = end;
-  for (std::uint32_t i = 0; i < node.attribute_count; ++i) PutAttribute(sink, node.attributes[i]);
-  PutText(sink, FileNameOf(graph, node));
-  end = WriteBig32(Room(sink), static_cast<std::uint32_t>(node.line));
-  sink.end = WriteBig32(end, static_cast<std::uint32_t>(node.column));
+  const Attribute* attributes = AttributesOf(graph, node);
+  for (std::uint32_t i = 0; i < count; ++i) PutAttribute(sink, graph, attributes[i]);
+  const Position& position = PositionAt(graph, place);
+  PutText(sink, FileNameOf(graph, position));
+  end = WriteBig32(Room(sink), static_cast<std::uint32_t>(position.line));
+  sink.end = WriteBig32(end, static_cast<std::uint32_t>(position.column));
 }
 
 void PutGraph(const CdfgGraph& graph, std::FILE* stream, unsigned char* buffer) {
   Sink sink{stream, buffer, buffer};
   for (std::size_t place = 0; place < graph.node_count; ++place) {
     const NodeRecord& node = NodeAt(graph, place);
-    if (!IsFreed(node)) PutNode(sink, graph, node);
+    if (!IsFreed(node)) PutNode(sink, graph, place, node);
   }
   Flush(sink);
 }

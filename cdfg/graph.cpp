@@ -5,8 +5,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <numeric>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "cdfg/graph_store.h"
@@ -17,18 +20,18 @@
 
 namespace {
 
-constexpr std::size_t kAttributeChunk = 65536;    // records
-constexpr std::size_t kStringChunk = 256 * 1024;  // bytes
-// Behind so many chunks of usual size come large ones.
+constexpr std::size_t kPoolChunk = std::size_t{1} << AttributePool::kChunkShift;
+constexpr std::size_t kWord = sizeof(std::uint32_t);
+constexpr std::size_t kLargestBlock = (std::size_t{1} << Arena::kBlockShift) * kWord;
+constexpr std::size_t kUsualBlock = 256 * 1024;  // bytes
+// Behind so many chunks or blocks of usual size come large ones, several chunks to the block.
 constexpr std::size_t kUsualNodeChunks = 8;
-constexpr std::size_t kUsualAttributeChunks = 8;
-constexpr std::size_t kUsualStringChunks = 8;
-constexpr std::size_t kChunksInLargeBlock = 8;
-constexpr std::size_t kChunksInUserBlock = 16;
-static_assert(kChunksInUserBlock * kChunkSize * sizeof(void*) % kLargePage == 0);
-static_assert(kChunksInLargeBlock * kChunkSize * sizeof(NodeRecord) % kLargePage == 0);
-constexpr std::size_t kLargeAttributeChunk = 2 * kLargePage / sizeof(Attribute);
-constexpr std::size_t kLargestPooledString = 32 * 1024;
+constexpr std::size_t kUsualPoolChunks = 8;
+constexpr std::size_t kUsualBlocks = 8;
+// Runs and strings up to these sizes share their memory with others, so that no more than an eighth
+// of it stays unused; longer ones have a block of their own.
+constexpr std::size_t kLongestPooledRun = kPoolChunk / 8;
+constexpr std::size_t kLongestPooledText = kLargestBlock / 8 / kWord;  // words
 constexpr std::uint32_t kWide = 32;  // from this many attributes on, a node's are hashed
 
 // Remembers that memory was short; what a setter answers then.
@@ -119,13 +122,67 @@ inline std::uint32_t FindLivePlace(const CdfgGraph* graph, NodeId id) {
   return IsFreed(NodeAt(*graph, place)) ? kNoPlace : place;
 }
 
-// Makes the node at `place` the one that lookups of its id find.
+// --- Chunked arrays ------------------------------------------------------------------------------
+
+// How many chunks of `chunk_bytes` fill large pages without rest.
+constexpr std::size_t ChunksInLargeBlock(std::size_t chunk_bytes) {
+  return std::lcm(chunk_bytes, 2 * kLargePage) / chunk_bytes;
+}
+
+// Enters a block of new memory as chunks `first`, `first` + 1, ...; those that are there already
+// stay. False when memory is short.
+template <class Element>
+bool AddBlock(ChunkedArray<Element>& array, std::size_t first, std::size_t count,
+              std::size_t elements_in_chunk, bool is_large) {
+  while (array.chunks.size < first + count) {
+    if (!array.chunks.Push(nullptr)) return false;
+  }
+  const std::size_t size = count * elements_in_chunk * sizeof(Element);
+  auto* block = static_cast<Element*>(NewChunk(size, is_large));
+  if (block == nullptr) return false;
+  if (!array.blocks.Push(block)) {
+    std::free(block);
+    return false;
+  }
+  // User data begins as null.
+  if constexpr (std::is_pointer_v<Element>) std::fill_n(block, count * elements_in_chunk, nullptr);
+  for (std::size_t i = 0; i < count; ++i) {
+    Element*& chunk = array.chunks[first + i];
+    if (chunk == nullptr) chunk = block + i * elements_in_chunk;
+  }
+  return true;
+}
+
+// Sees to it that there is memory for the element of the node at `place`; false when it is short.
+template <class Element>
+bool MakeRoomAt(ChunkedArray<Element>& array, std::size_t place) {
+  constexpr std::size_t kInLargeBlock = ChunksInLargeBlock(kChunkSize * sizeof(Element));
+  const std::size_t number = place >> kChunkShift;
+  if (number < array.chunks.size && array.chunks[number] != nullptr) return true;
+  const bool is_large = number >= kUsualNodeChunks;
+  const std::size_t count = is_large ? kInLargeBlock : 1;
+  const std::size_t first =
+      is_large ? kUsualNodeChunks + (number - kUsualNodeChunks) / count * count : number;
+  return AddBlock(array, first, count, kChunkSize, is_large);
+}
+
+template <class Block>
+void FreeAll(const Growable<Block>& blocks) {
+  for (std::size_t i = 0; i < blocks.size; ++i) std::free(blocks[i]);
+}
+
+// --- Making nodes --------------------------------------------------------------------------------
+
+// Makes the node at `place` the one that lookups of its id find, and keeps the id where the place
+// does not say it.
 bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
-  if (id == 0) return true;
   if (graph.row_length == place && id == place + 1) {
     ++graph.row_length;
     return true;
   }
+  if (!MakeRoomAt(graph.ids, place)) return false;
+  ElementAt(graph.ids, place) = id;
+  if (id == 0) return true;
   if (!MakeRoomForId(graph.places)) return false;
   IdSlot& slot = ProbeId(graph.places, id);
   if (slot.id == 0) ++graph.places.used;
@@ -134,80 +191,79 @@ bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
   return true;
 }
 
-// Memory for some chunks of nodes side by side; false when it is short.
-bool AddNodeBlock(CdfgGraph& graph, std::size_t chunk_count, bool is_large) {
-  constexpr std::size_t kChunkBytes = kChunkSize * sizeof(NodeRecord);
-  auto* block = static_cast<NodeRecord*>(NewChunk(chunk_count * kChunkBytes, is_large));
-  if (block == nullptr) return false;
-  if (!graph.node_blocks.Push(block)) {
-    std::free(block);
-    return false;
-  }
-  // Where a list cannot grow, the chunks that are not in it are given up.
-  std::size_t added = 0;
-  while (added < chunk_count && graph.chunks.Push(block + added * kChunkSize)) ++added;
-  return added > 0;
-}
-
 bool HasRoomForNode(CdfgGraph& graph) {
-  if (graph.node_count < graph.chunks.size * kChunkSize) return true;
-  if (graph.node_count >= kNoPlace) return false;
-  const bool is_large = graph.chunks.size >= kUsualNodeChunks;
-  return AddNodeBlock(graph, is_large ? kChunksInLargeBlock : 1, is_large);
+  const std::size_t place = graph.node_count;
+  return place < kNoPlace && MakeRoomAt(graph.nodes, place) && MakeRoomAt(graph.positions, place);
 }
 
 // --- Attributes ----------------------------------------------------------------------------------
 
-Attribute* NewAttributeChunk(AttributePool& pool, std::size_t records) {
-  const bool is_large = records == kLargeAttributeChunk;
-  auto* chunk = static_cast<Attribute*>(NewChunk(records * sizeof(Attribute), is_large));
-  if (chunk != nullptr && !pool.blocks.Push(chunk)) {
-    std::free(chunk);
-    return nullptr;
+// Memory for so many attributes in a row and its address, 0 when it is short.
+Address AddPoolBlock(AttributePool& pool, std::size_t records, bool is_large) {
+  constexpr std::size_t kMostChunks = std::size_t{1} << (32 - AttributePool::kChunkShift);
+  // There is no chunk 0, so that no run has the address 0.
+  const std::size_t first = std::max<std::size_t>(pool.memory.chunks.size, 1);
+  const std::size_t count = (records + kPoolChunk - 1) / kPoolChunk;
+  if (first + count > kMostChunks) return 0;
+  if (!AddBlock(pool.memory, first, count, std::min(records, kPoolChunk), is_large)) {
+    pool.memory.chunks.size = std::min(pool.memory.chunks.size, first);
+    return 0;
   }
-  return chunk;
+  return static_cast<Address>(first << AttributePool::kChunkShift);
 }
 
-Attribute* TakeRun(AttributePool& pool, std::uint32_t capacity) {
-  if (capacity > AttributePool::kLargestRun) return NewAttributeChunk(pool, capacity);
-  Attribute*& free_run = pool.free_runs[capacity];
-  if (free_run != nullptr) {
-    Attribute* run = free_run;
-    std::memcpy(&free_run, &run->bits, sizeof free_run);
+bool RefillPool(AttributePool& pool) {
+  constexpr std::size_t kInLargeBlock = ChunksInLargeBlock(kPoolChunk * sizeof(Attribute));
+  const bool is_large = pool.memory.chunks.size > kUsualPoolChunks;
+  const std::size_t records = is_large ? kInLargeBlock * kPoolChunk : kPoolChunk;
+  const Address block = AddPoolBlock(pool, records, is_large);
+  if (block == 0) return false;
+  pool.next = block;
+  pool.left = records;
+  return true;
+}
+
+// The address of a run, 0 when memory is short.
+Address TakeRun(AttributePool& pool, std::uint32_t capacity) {
+  if (capacity > kLongestPooledRun) return AddPoolBlock(pool, capacity, false);
+  if (capacity <= AttributePool::kLargestReleased && pool.free_runs[capacity] != 0) {
+    const Address run = pool.free_runs[capacity];
+    pool.free_runs[capacity] = RunAt(pool, run)->value;
     return run;
   }
-  if (pool.chunk_left < capacity) {
-    const bool is_large = pool.blocks.size >= kUsualAttributeChunks;
-    const std::size_t records = is_large ? kLargeAttributeChunk : kAttributeChunk;
-    Attribute* chunk = NewAttributeChunk(pool, records);
-    if (chunk == nullptr) return nullptr;
-    pool.chunk = chunk;
-    pool.chunk_left = records;
-  }
-  Attribute* run = pool.chunk;
-  pool.chunk += capacity;
-  pool.chunk_left -= capacity;
+  if (pool.left < capacity && !RefillPool(pool)) return 0;
+  const Address run = pool.next;
+  pool.next += capacity;
+  pool.left -= capacity;
   return run;
 }
 
 // A long run goes back with the graph: nodes that wide are few, and each doubling is paid for.
-void GiveRunBack(AttributePool& pool, Attribute* run, std::uint32_t capacity) {
-  if (capacity == 0 || capacity > AttributePool::kLargestRun) return;
-  static_assert(sizeof(Attribute*) <= sizeof(run->bits));
-  std::memcpy(&run->bits, &pool.free_runs[capacity], sizeof(Attribute*));
+void GiveRunBack(AttributePool& pool, const NodeRecord& node) {
+  if (!HasRun(node)) return;
+  const std::uint32_t capacity = SizeOfRun(node).capacity;
+  if (capacity > AttributePool::kLargestReleased) return;
+  const Address run = node.own[0].value;
+  RunAt(pool, run)->value = pool.free_runs[capacity];
   pool.free_runs[capacity] = run;
 }
 
+void SetRunSize(NodeRecord& node, RunSize size) { node.own[1] = std::bit_cast<Attribute>(size); }
+
+// Moves the attributes of a node into a run of this capacity.
 bool GrowRun(CdfgGraph& graph, NodeRecord& node, std::uint32_t capacity) {
-  Attribute* run = TakeRun(graph.attributes, capacity);
-  if (run == nullptr) return false;
-  if (node.attribute_count != 0) {
-    std::memcpy(run, node.attributes, node.attribute_count * sizeof(Attribute));
-  }
-  GiveRunBack(graph.attributes, node.attributes, node.attribute_capacity);
-  node.attributes = run;
-  node.attribute_capacity = capacity;
+  const Address run = TakeRun(graph.attributes, capacity);
+  if (run == 0) return false;
+  const std::uint32_t count = AttributeCount(node);
+  std::copy_n(AttributesOf(graph, node), count, RunAt(graph.attributes, run));
+  GiveRunBack(graph.attributes, node);
+  node.own[0] = {kFarId, kRun, Form::Short, run};
+  SetRunSize(node, {count, capacity});
   return true;
+}
+
+std::uint32_t IdOfAttribute(const CdfgGraph& graph, std::uint32_t place, std::uint32_t index) {
+  return IdOf(graph, AttributesOf(graph, NodeAt(graph, place))[index]);
 }
 
 std::size_t WideStart(std::uint32_t place, std::uint32_t attribute) {
@@ -221,9 +277,7 @@ std::size_t ProbeWide(const CdfgGraph& graph, std::uint32_t place, std::uint32_t
   for (;; slot = (slot + 1) & mask) {
     const WideSlot& found = graph.wide_slots[slot];
     if (found.place == kNoPlace) return slot;
-    if (found.place == place && NodeAt(graph, place).attributes[found.index].id == attribute) {
-      return slot;
-    }
+    if (found.place == place && IdOfAttribute(graph, place, found.index) == attribute) return slot;
   }
 }
 
@@ -241,7 +295,7 @@ bool MakeWideRoom(CdfgGraph& graph) {
   graph.wide_slot_count = new_count;
   for (std::size_t i = 0; i < old_count; ++i) {
     if (old[i].place == kNoPlace) continue;
-    const std::uint32_t id = NodeAt(graph, old[i].place).attributes[old[i].index].id;
+    const std::uint32_t id = IdOfAttribute(graph, old[i].place, old[i].index);
     graph.wide_slots[ProbeWide(graph, old[i].place, id)] = old[i];
   }
   std::free(old);
@@ -250,89 +304,178 @@ bool MakeWideRoom(CdfgGraph& graph) {
 
 bool EnterWide(CdfgGraph& graph, std::uint32_t place, std::uint32_t index) {
   if (!MakeWideRoom(graph)) return false;
-  const std::uint32_t id = NodeAt(graph, place).attributes[index].id;
+  const std::uint32_t id = IdOfAttribute(graph, place, index);
   graph.wide_slots[ProbeWide(graph, place, id)] = {place, index};
   ++graph.wide_used;
   return true;
 }
 
-Attribute* FindAttribute(const CdfgGraph& graph, std::size_t place, std::uint32_t attribute) {
+Attribute* FindInRun(const CdfgGraph& graph, std::size_t place, std::uint32_t attribute) {
   const NodeRecord& node = NodeAt(graph, place);
-  if (node.attribute_count >= kWide) {
+  Attribute* run = RunAt(graph.attributes, node.own[0].value);
+  const std::uint32_t count = SizeOfRun(node).count;
+  if (count >= kWide) {
     const WideSlot& found =
         graph.wide_slots[ProbeWide(graph, static_cast<std::uint32_t>(place), attribute)];
-    return found.place == kNoPlace ? nullptr : &node.attributes[found.index];
+    return found.place == kNoPlace ? nullptr : &run[found.index];
   }
-  for (std::uint32_t i = 0; i < node.attribute_count; ++i) {
-    if (node.attributes[i].id == attribute) return &node.attributes[i];
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (run[i].id == attribute) return &run[i];
   }
   return nullptr;
 }
 
-std::uint32_t NextCapacity(std::uint32_t capacity) { return capacity == 0 ? 2 : capacity * 2; }
+// An attribute whose id is not in its record, and which is therefore asked for by its long value.
+[[gnu::noinline]] Attribute* FindFar(const CdfgGraph& graph, std::size_t place,
+                                     std::uint32_t attribute) {
+  NodeRecord& node = NodeAt(graph, place);
+  const std::uint32_t count = AttributeCount(node);
+  if (count >= kWide) return FindInRun(graph, place, attribute);
+  Attribute* attributes = HasRun(node) ? RunAt(graph.attributes, node.own[0].value) : node.own;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (IdOf(graph, attributes[i]) == attribute) return &attributes[i];
+  }
+  return nullptr;
+}
 
-// The record written behind the last one becomes part of the node.
-bool EnterLastAttribute(CdfgGraph& graph, std::size_t place, NodeRecord& node) {
-  const std::uint32_t count = node.attribute_count + 1;
+Attribute* FindAttribute(const CdfgGraph& graph, std::size_t place, std::uint32_t attribute) {
+  if (attribute >= kFarId) [[unlikely]]
+    return FindFar(graph, place, attribute);
+  NodeRecord& node = NodeAt(graph, place);
+  if (HasRun(node)) return FindInRun(graph, place, attribute);
+  // An empty place has the id of no attribute that is looked for here.
+  if (node.own[0].id == attribute) return &node.own[0];
+  return node.own[1].id == attribute ? &node.own[1] : nullptr;
+}
+
+// The attribute written behind the last one of a run becomes part of the node.
+bool EnterLastOfRun(CdfgGraph& graph, std::size_t place, NodeRecord& node) {
+  const RunSize size = SizeOfRun(node);
+  const std::uint32_t count = size.count + 1;
   if (count >= kWide) {
     for (std::uint32_t i = count == kWide ? 0 : count - 1; i < count; ++i) {
       if (!EnterWide(graph, static_cast<std::uint32_t>(place), i)) return false;
     }
   }
-  node.attribute_count = count;
+  SetRunSize(node, {count, size.capacity});
   return true;
 }
 
-int AppendAttribute(CdfgGraph& graph, std::size_t place, const Attribute& attribute) {
+bool AppendToRun(CdfgGraph& graph, std::size_t place, const Attribute& attribute) {
   NodeRecord& node = NodeAt(graph, place);
-  if (node.attribute_count == node.attribute_capacity &&
-      !GrowRun(graph, node, NextCapacity(node.attribute_capacity))) {
-    return Short(graph);
-  }
-  node.attributes[node.attribute_count] = attribute;
-  return EnterLastAttribute(graph, place, node) ? 0 : Short(graph);
+  const RunSize size = SizeOfRun(node);
+  if (size.count == size.capacity && !GrowRun(graph, node, size.capacity * 2)) return false;
+  RunAt(graph.attributes, node.own[0].value)[size.count] = attribute;
+  return EnterLastOfRun(graph, place, node);
 }
 
-std::uint64_t BitsOf(const char* text) {
-  return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(text));
-}
-
-// --- Strings -------------------------------------------------------------------------------------
-
-char* TakeBytes(StringArena& arena, std::size_t size) {
-  const bool own_block = size > kLargestPooledString;
-  if (own_block || arena.chunk_left < size) {
-    const bool is_large = !own_block && arena.blocks.size >= kUsualStringChunks;
-    const std::size_t chunk_size = is_large ? kLargePage : kStringChunk;
-    const std::size_t block_size = own_block ? size : chunk_size;
-    auto* block = static_cast<char*>(NewChunk(block_size, is_large));
-    if (block == nullptr) return nullptr;
-    if (!arena.blocks.Push(block)) {
-      std::free(block);
-      return nullptr;
+// False when memory is short.
+bool AppendRecord(CdfgGraph& graph, std::size_t place, const Attribute& attribute) {
+  NodeRecord& node = NodeAt(graph, place);
+  if (!HasRun(node)) {
+    for (Attribute& own : node.own) {
+      if (own.type != kNoAttribute) continue;
+      own = attribute;
+      return true;
     }
-    if (own_block) return block;
-    arena.chunk = block;
-    arena.chunk_left = block_size;
+    if (!GrowRun(graph, node, 2 * kOwnAttributes)) return false;
   }
-  char* bytes = arena.chunk;
-  arena.chunk += size;
-  arena.chunk_left -= size;
-  return bytes;
+  return AppendToRun(graph, place, attribute);
 }
 
-// A stored copy of the text, null when memory is short.
-const char* StoreString(CdfgGraph& graph, std::string_view text) {
+// --- The arena -----------------------------------------------------------------------------------
+
+// The address of a new block with room for so many words, 0 when memory is short.
+Address AddArenaBlock(Arena& arena, std::size_t words, bool is_large) {
+  constexpr std::size_t kMostBlocks = std::size_t{1} << (32 - Arena::kBlockShift);
+  // There is no block 0, so that nothing has the address 0. A text that is longer than a block
+  // takes the numbers of the blocks that it fills.
+  const std::size_t number = std::max<std::size_t>(arena.blocks.size, 1);
+  const std::size_t end = number + (words * kWord + kLargestBlock - 1) / kLargestBlock;
+  if (end > kMostBlocks) return 0;
+  while (arena.blocks.size < end && arena.blocks.Push(nullptr)) {
+  }
+  void* block = arena.blocks.size < end ? nullptr : NewChunk(words * kWord, is_large);
+  if (block == nullptr) {
+    arena.blocks.size = std::min(arena.blocks.size, number);
+    return 0;
+  }
+  arena.blocks[number] = static_cast<char*>(block);
+  return static_cast<Address>(number << Arena::kBlockShift);
+}
+
+bool RefillArena(Arena& arena) {
+  const bool is_large = arena.blocks.size > kUsualBlocks;
+  const std::size_t words = (is_large ? kLargestBlock : kUsualBlock) / kWord;
+  const Address block = AddArenaBlock(arena, words, is_large);
+  if (block == 0) return false;
+  arena.next = block;
+  arena.left = words;
+  return true;
+}
+
+// The address of so many unused words, 0 when memory is short.
+Address TakeWords(Arena& arena, std::size_t words) {
+  if (words > kLongestPooledText) return AddArenaBlock(arena, words, false);
+  if (arena.left < words && !RefillArena(arena)) return 0;
+  const Address taken = arena.next;
+  arena.next += static_cast<Address>(words);
+  arena.left -= words;
+  return taken;
+}
+
+// The address of a stored copy of the text, 0 when memory is short.
+Address StoreText(CdfgGraph& graph, std::string_view text) {
   const auto length = static_cast<std::uint32_t>(text.size());
-  if (length != text.size()) return nullptr;
-  char* bytes = TakeBytes(graph.strings, sizeof length + text.size() + 1);
-  if (bytes == nullptr) return nullptr;
+  if (length != text.size()) return 0;
+  const Address head = TakeWords(graph.arena, 1 + text.size() / kWord + 1);
+  if (head == 0) return 0;
+  char* bytes = BytesAt(graph.arena, head);
   std::memcpy(bytes, &length, sizeof length);
   bytes += sizeof length;
   if (!text.empty()) std::memcpy(bytes, text.data(), text.size());
   bytes[text.size()] = '\0';
-  return bytes;
+  return head + 1;
 }
+
+// --- Values --------------------------------------------------------------------------------------
+
+bool FitsIntoRecord(std::uint32_t id, std::uint64_t bits) {
+  return id < kFarId && bits <= std::numeric_limits<std::uint32_t>::max();
+}
+
+void PutLongValue(Arena& arena, Address address, std::uint32_t id, std::uint64_t bits) {
+  const LongValue value = {id, static_cast<std::uint32_t>(bits),
+                           static_cast<std::uint32_t>(bits >> 32)};
+  std::memcpy(BytesAt(arena, address), &value, sizeof value);
+}
+
+// Puts the value into a record whose id and type stay; false, with nothing changed, when memory is
+// short.
+bool PutBits(CdfgGraph& graph, Attribute& attribute, std::uint32_t id, std::uint64_t bits) {
+  if (attribute.form == Form::Short) {
+    if (FitsIntoRecord(id, bits)) {
+      attribute.value = static_cast<std::uint32_t>(bits);
+      return true;
+    }
+    const Address address = TakeWords(graph.arena, sizeof(LongValue) / kWord);
+    if (address == 0) return false;
+    attribute.form = Form::Long;
+    attribute.value = address;
+  }
+  PutLongValue(graph.arena, attribute.value, id, bits);
+  return true;
+}
+
+int AppendAttribute(CdfgGraph& graph, std::size_t place, std::uint32_t id, CdfgValueType type,
+                    std::uint64_t bits) {
+  Attribute attribute = {static_cast<std::uint16_t>(std::min<std::uint32_t>(id, kFarId)),
+                         static_cast<std::uint8_t>(type), Form::Short, 0};
+  if (!PutBits(graph, attribute, id, bits)) return Short(graph);
+  return AppendRecord(graph, place, attribute) ? 0 : Short(graph);
+}
+
+// --- File names ----------------------------------------------------------------------------------
 
 std::string_view FileNameText(const CdfgGraph& graph, std::uint32_t number) {
   const char* name = graph.file_names[number];
@@ -341,8 +484,8 @@ std::string_view FileNameText(const CdfgGraph& graph, std::uint32_t number) {
 
 bool AddFileName(CdfgGraph& graph, std::string_view name) {
   if (graph.file_names.size == 0 && !graph.file_names.Push(nullptr)) return false;
-  const char* stored = StoreString(graph, name);
-  return stored != nullptr && graph.file_names.Push(stored);
+  const Address stored = StoreText(graph, name);
+  return stored != 0 && graph.file_names.Push(BytesAt(graph.arena, stored));
 }
 
 // The number of a file name, entered when it is new; kNoFileName when memory is short.
@@ -369,53 +512,31 @@ std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
   return graph.last_file_name;
 }
 
-// --- User data -----------------------------------------------------------------------------------
-
-// Empty user data for some chunks of nodes side by side; false when memory is short.
-bool AddUserData(CdfgGraph& graph, std::size_t first, std::size_t count) {
-  constexpr std::size_t kChunkBytes = kChunkSize * sizeof(void*);
-  while (graph.user_data.size < first + count) {
-    if (!graph.user_data.Push(nullptr)) return false;
-  }
-  auto* block = static_cast<void**>(NewChunk(count * kChunkBytes, count > 1));
-  if (block == nullptr) return false;
-  if (!graph.user_blocks.Push(block)) {
-    std::free(block);
-    return false;
-  }
-  std::fill_n(block, count * kChunkSize, nullptr);
-  for (std::size_t i = 0; i < count; ++i) {
-    // A chunk that had its own from when the graph was small keeps it.
-    void**& chunk = graph.user_data[first + i];
-    if (chunk == nullptr) chunk = block + i * kChunkSize;
-  }
-  return true;
-}
-
-// The array of user data that covers a place, made when it is missing; null when memory is short.
-void** UserDataChunk(CdfgGraph& graph, std::size_t place) {
-  const std::size_t number = place >> kChunkShift;
-  if (number >= graph.user_data.size || graph.user_data[number] == nullptr) {
-    const bool is_large = graph.chunks.size >= kUsualNodeChunks;
-    const std::size_t count = is_large ? kChunksInUserBlock : 1;
-    if (!AddUserData(graph, number / count * count, count)) return nullptr;
-  }
-  return graph.user_data[number];
-}
-
 // --- Shapes of getters and setters ---------------------------------------------------------------
 
 template <class Field>
 Field GetField(const CdfgGraph* graph, NodeId id, Field NodeRecord::*field) {
-  const NodeRecord* node = FindNode(graph, id);
-  return node == nullptr ? Field{} : node->*field;
+  const std::uint32_t place = FindLivePlace(graph, id);
+  return place == kNoPlace ? Field{} : NodeAt(*graph, place).*field;
 }
 
 template <class Field>
 int SetField(CdfgGraph* graph, NodeId id, Field NodeRecord::*field, Field value) {
-  NodeRecord* node = FindNode(graph, id);
-  if (node == nullptr) return -1;
-  node->*field = value;
+  const std::uint32_t place = FindLivePlace(graph, id);
+  if (place == kNoPlace) return -1;
+  NodeAt(*graph, place).*field = value;
+  return 0;
+}
+
+std::int32_t GetPosition(const CdfgGraph* graph, NodeId id, std::int32_t Position::*field) {
+  const std::uint32_t place = FindLivePlace(graph, id);
+  return place == kNoPlace ? 0 : PositionAt(*graph, place).*field;
+}
+
+int SetPosition(CdfgGraph* graph, NodeId id, std::int32_t Position::*field, std::int32_t value) {
+  const std::uint32_t place = FindLivePlace(graph, id);
+  if (place == kNoPlace) return -1;
+  PositionAt(*graph, place).*field = value;
   return 0;
 }
 
@@ -426,7 +547,7 @@ const Attribute* GetAttribute(const CdfgGraph* graph, NodeId id, std::uint32_t a
 
 std::uint64_t GetBits(const CdfgGraph* graph, NodeId id, std::uint32_t attribute) {
   const Attribute* found = GetAttribute(graph, id, attribute);
-  return found == nullptr || found->type == ATTR_STRING ? 0 : found->bits;
+  return found == nullptr || found->type == ATTR_STRING ? 0 : BitsOf(*graph, *found);
 }
 
 int SetBits(CdfgGraph* graph, NodeId id, std::uint32_t attribute, CdfgValueType type,
@@ -436,15 +557,11 @@ int SetBits(CdfgGraph* graph, NodeId id, std::uint32_t attribute, CdfgValueType 
 }
 
 const Attribute* AttributeAt(const CdfgGraph* graph, NodeId id, std::int32_t place) {
-  const NodeRecord* node = FindNode(graph, id);
-  if (node == nullptr || place < 1) return nullptr;
+  const std::uint32_t node_place = FindLivePlace(graph, id);
+  if (node_place == kNoPlace || place < 1) return nullptr;
+  const NodeRecord& node = NodeAt(*graph, node_place);
   const auto index = static_cast<std::uint32_t>(place) - 1;
-  return index < node->attribute_count ? &node->attributes[index] : nullptr;
-}
-
-template <class Block>
-void FreeAll(const Growable<Block>& blocks) {
-  for (std::size_t i = 0; i < blocks.size; ++i) std::free(blocks[i]);
+  return index < AttributeCount(node) ? &AttributesOf(*graph, node)[index] : nullptr;
 }
 
 struct ReferenceRow {
@@ -479,36 +596,31 @@ bool PortPointsBy(std::uint32_t attribute) {
 
 // --- Store-internal operations -------------------------------------------------------------------
 
-NodeRecord* FindNode(const CdfgGraph* graph, NodeId id) {
-  const std::uint32_t place = FindLivePlace(graph, id);
-  return place == kNoPlace ? nullptr : &NodeAt(*graph, place);
-}
+std::uint32_t FindPlace(const CdfgGraph* graph, NodeId id) { return FindLivePlace(graph, id); }
 
 bool AppendNode(CdfgGraph& graph, NodeId id) {
   const std::size_t place = graph.node_count;
   if (!HasRoomForNode(graph)) return Short(graph) == 0;
-  NodeRecord& node = NodeAt(graph, place);
-  node = NodeRecord{};
-  node.id = id;
+  NodeAt(graph, place) = {0, 0, 0, 0, {kEmptyAttribute, kEmptyAttribute}};
+  PositionAt(graph, place) = {kNoFileName, 0, 0};
   if (!EnterPlace(graph, id, static_cast<std::uint32_t>(place))) return Short(graph) == 0;
   ++graph.node_count;
   graph.highest_id = id;
   return true;
 }
 
-void ReserveAttributes(CdfgGraph& graph, NodeRecord& node, std::uint32_t count) {
-  if (node.attribute_capacity != 0 || count == 0) return;
-  if (!GrowRun(graph, node, count)) Short(graph);
+void ReserveAttributes(CdfgGraph& graph, std::size_t place, std::uint32_t count) {
+  if (count > kOwnAttributes && !GrowRun(graph, NodeAt(graph, place), count)) Short(graph);
 }
 
 int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
                      CdfgValueType type, std::uint64_t bits, unsigned width) {
   Attribute* found = FindAttribute(graph, place, attribute);
-  if (found == nullptr) return AppendAttribute(graph, place, {attribute, type, bits});
+  if (found == nullptr) return AppendAttribute(graph, place, attribute, type, bits);
   const std::uint64_t mask = width == 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << (width * 8)) - 1;
-  const std::uint64_t old_bits = found->type == ATTR_STRING ? 0 : found->bits;
-  found->bits = (old_bits & ~mask) | bits;
-  found->type = type;
+  const std::uint64_t old_bits = found->type == ATTR_STRING ? 0 : BitsOf(graph, *found);
+  if (!PutBits(graph, *found, attribute, (old_bits & ~mask) | bits)) return Short(graph);
+  found->type = static_cast<std::uint8_t>(type);
   return 0;
 }
 
@@ -516,22 +628,21 @@ int SetAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attrib
                        const char* text, std::size_t length) {
   Attribute* found = FindAttribute(graph, place, attribute);
   if (found != nullptr && found->type != ATTR_STRING) return -1;
-  if (found != nullptr && StringOf(*found) == nullptr) return 0;
-  const char* stored = nullptr;
+  if (found != nullptr && BitsOf(graph, *found) == 0) return 0;
+  Address stored = 0;
   if (text != nullptr) {
-    stored = StoreString(graph, {text, length});
-    if (stored == nullptr) return Short(graph);
+    stored = StoreText(graph, {text, length});
+    if (stored == 0) return Short(graph);
   }
-  if (found == nullptr)
-    return AppendAttribute(graph, place, {attribute, ATTR_STRING, BitsOf(stored)});
-  found->bits = BitsOf(stored);
-  return 0;
+  if (found == nullptr) return AppendAttribute(graph, place, attribute, ATTR_STRING, stored);
+  // The record has had room for an address before.
+  return PutBits(graph, *found, attribute, stored) ? 0 : Short(graph);
 }
 
-int SetNodeFileName(CdfgGraph& graph, NodeRecord& node, const char* name, std::size_t length) {
+int SetNodeFileName(CdfgGraph& graph, std::size_t place, const char* name, std::size_t length) {
   const std::uint32_t number = NumberOfFileName(graph, {name, length});
   if (number == kNoFileName) return Short(graph);
-  node.file_name = number;
+  PositionAt(graph, place).file_name = number;
   return 0;
 }
 
@@ -546,10 +657,12 @@ CdfgGraph* CdfgNewGraph() {
 
 void CdfgFreeGraph(CdfgGraph* graph) {
   if (graph == nullptr) return;
-  FreeAll(graph->node_blocks);
-  FreeAll(graph->attributes.blocks);
-  FreeAll(graph->strings.blocks);
-  FreeAll(graph->user_blocks);
+  FreeAll(graph->nodes.blocks);
+  FreeAll(graph->positions.blocks);
+  FreeAll(graph->ids.blocks);
+  FreeAll(graph->attributes.memory.blocks);
+  FreeAll(graph->arena.blocks);
+  FreeAll(graph->user_data.blocks);
   std::free(graph->places.slots);
   std::free(graph->file_numbers.slots);
   std::free(graph->wide_slots);
@@ -560,7 +673,7 @@ void CdfgFreeGraph(CdfgGraph* graph) {
 NodeId CdfgGetRoot(const CdfgGraph* graph) {
   for (std::size_t place = 0; place < CdfgNodeCount(graph); ++place) {
     const NodeRecord& node = NodeAt(*graph, place);
-    if (node.kind == CFG_ROOT && !IsFreed(node)) return node.id;
+    if (node.kind == CFG_ROOT && !IsFreed(node)) return IdAt(*graph, place);
   }
   return 0;
 }
@@ -575,8 +688,7 @@ std::size_t CdfgNodeCount(const CdfgGraph* graph) {
 
 NodeId CdfgNodeIdAt(const CdfgGraph* graph, std::size_t place) {
   if (place >= CdfgNodeCount(graph)) return 0;
-  const NodeRecord& node = NodeAt(*graph, place);
-  return IsFreed(node) ? 0 : node.id;
+  return IsFreed(NodeAt(*graph, place)) ? 0 : IdAt(*graph, place);
 }
 
 // --- Making and releasing nodes ------------------------------------------------------------------
@@ -600,24 +712,20 @@ NodeId CdfgCreateNode(CdfgGraph* graph, std::uint32_t kind, NodeId position) {
     std::puts("kelvo : Error Short of memory. (create node)");
     CdfgStop(255);
   }
-  const NodeRecord* source = FindNode(graph, position);
-  if (source != nullptr) {
-    NodeRecord& node = NodeAt(*graph, graph->node_count - 1);
-    node.file_name = source->file_name;
-    node.line = source->line;
-    node.column = source->column;
+  const std::uint32_t source = FindLivePlace(graph, position);
+  if (source != kNoPlace) {
+    PositionAt(*graph, graph->node_count - 1) = PositionAt(*graph, source);
   }
   return id;
 }
 
 void CdfgFreeNode(CdfgGraph* graph, NodeId id) {
-  NodeRecord* node = FindNode(graph, id);
-  if (node == nullptr) return;
+  const std::uint32_t place = FindLivePlace(graph, id);
+  if (place == kNoPlace) return;
+  NodeRecord& node = NodeAt(*graph, place);
   // The hash table of wide nodes goes on looking at the records of this one.
-  if (node->attribute_count < kWide) {
-    GiveRunBack(graph->attributes, node->attributes, node->attribute_capacity);
-  }
-  node->file_name = kFreedNode;
+  if (AttributeCount(node) < kWide) GiveRunBack(graph->attributes, node);
+  node.own[0].form = Form::Freed;
 }
 
 void CdfgFreeTree(CdfgGraph* graph, NodeId id) {
@@ -625,12 +733,14 @@ void CdfgFreeTree(CdfgGraph* graph, NodeId id) {
   while (!pending.empty()) {
     const NodeId current = pending.back();
     pending.pop_back();
-    const NodeRecord* node = FindNode(graph, current);
-    if (node == nullptr) continue;
-    for (std::uint32_t i = 0; i < node->attribute_count; ++i) {
-      const Attribute& attribute = node->attributes[i];
-      if (attribute.type != ATTR_NODE || CdfgOwnsReference(node->kind, attribute.id) == 0) continue;
-      pending.push_back(static_cast<NodeId>(attribute.bits));
+    const std::uint32_t place = FindLivePlace(graph, current);
+    if (place == kNoPlace) continue;
+    const NodeRecord& node = NodeAt(*graph, place);
+    const Attribute* attributes = AttributesOf(*graph, node);
+    for (std::uint32_t i = 0; i < AttributeCount(node); ++i) {
+      if (attributes[i].type != ATTR_NODE) continue;
+      if (CdfgOwnsReference(node.kind, IdOf(*graph, attributes[i])) == 0) continue;
+      pending.push_back(static_cast<NodeId>(BitsOf(*graph, attributes[i])));
     }
     CdfgFreeNode(graph, current);
   }
@@ -648,7 +758,7 @@ int CdfgOwnsReference(std::uint32_t kind, std::uint32_t attribute) {
 // --- Fields of a node ----------------------------------------------------------------------------
 
 int CdfgHasNode(const CdfgGraph* graph, NodeId id) {
-  return FindNode(graph, id) == nullptr ? 0 : 1;
+  return FindLivePlace(graph, id) == kNoPlace ? 0 : 1;
 }
 
 std::uint32_t CdfgGetKind(const CdfgGraph* graph, NodeId id) {
@@ -676,56 +786,56 @@ int CdfgSetJump(CdfgGraph* graph, NodeId id, NodeId jump) {
   return SetField(graph, id, &NodeRecord::jump, jump);
 }
 std::int32_t CdfgGetLine(const CdfgGraph* graph, NodeId id) {
-  return GetField(graph, id, &NodeRecord::line);
+  return GetPosition(graph, id, &Position::line);
 }
 int CdfgSetLine(CdfgGraph* graph, NodeId id, std::int32_t line) {
-  return SetField(graph, id, &NodeRecord::line, line);
+  return SetPosition(graph, id, &Position::line, line);
 }
 std::int32_t CdfgGetColumn(const CdfgGraph* graph, NodeId id) {
-  return GetField(graph, id, &NodeRecord::column);
+  return GetPosition(graph, id, &Position::column);
 }
 int CdfgSetColumn(CdfgGraph* graph, NodeId id, std::int32_t column) {
-  return SetField(graph, id, &NodeRecord::column, column);
+  return SetPosition(graph, id, &Position::column, column);
 }
 
 const char* CdfgGetFileName(const CdfgGraph* graph, NodeId id) {
-  const NodeRecord* node = FindNode(graph, id);
-  return node == nullptr ? nullptr : FileNameOf(*graph, *node);
+  const std::uint32_t place = FindLivePlace(graph, id);
+  return place == kNoPlace ? nullptr : FileNameOf(*graph, PositionAt(*graph, place));
 }
 
 int CdfgSetFileName(CdfgGraph* graph, NodeId id, const char* name) {
-  NodeRecord* node = FindNode(graph, id);
-  if (node == nullptr) return -1;
-  if (name != nullptr) return SetNodeFileName(*graph, *node, name, std::strlen(name));
-  node->file_name = kNoFileName;
+  const std::uint32_t place = FindLivePlace(graph, id);
+  if (place == kNoPlace) return -1;
+  if (name != nullptr) return SetNodeFileName(*graph, place, name, std::strlen(name));
+  PositionAt(*graph, place).file_name = kNoFileName;
   return 0;
 }
 
 void* CdfgGetUserData(const CdfgGraph* graph, NodeId id) {
   const std::uint32_t place = FindLivePlace(graph, id);
-  if (place == kNoPlace || graph->user_data.size <= place >> kChunkShift) return nullptr;
-  void** chunk = graph->user_data[place >> kChunkShift];
+  if (place == kNoPlace || graph->user_data.chunks.size <= place >> kChunkShift) return nullptr;
+  void** chunk = graph->user_data.chunks[place >> kChunkShift];
   return chunk == nullptr ? nullptr : chunk[place & (kChunkSize - 1)];
 }
 
 int CdfgSetUserData(CdfgGraph* graph, NodeId id, void* data) {
   const std::uint32_t place = FindLivePlace(graph, id);
   if (place == kNoPlace) return -1;
-  void** chunk = UserDataChunk(*graph, place);
-  if (chunk == nullptr) return Short(*graph);
-  chunk[place & (kChunkSize - 1)] = data;
+  if (!MakeRoomAt(graph->user_data, place)) return Short(*graph);
+  ElementAt(graph->user_data, place) = data;
   return 0;
 }
 
 // --- Attributes ----------------------------------------------------------------------------------
 
 std::int32_t CdfgGetAttrCount(const CdfgGraph* graph, NodeId id) {
-  return static_cast<std::int32_t>(GetField(graph, id, &NodeRecord::attribute_count));
+  const std::uint32_t place = FindLivePlace(graph, id);
+  return place == kNoPlace ? 0 : static_cast<std::int32_t>(AttributeCount(NodeAt(*graph, place)));
 }
 
 std::uint32_t CdfgGetAttrIdAt(const CdfgGraph* graph, NodeId id, std::int32_t place) {
   const Attribute* attribute = AttributeAt(graph, id, place);
-  return attribute == nullptr ? 0 : attribute->id;
+  return attribute == nullptr ? 0 : IdOf(*graph, *attribute);
 }
 
 std::uint32_t CdfgGetAttrTypeAt(const CdfgGraph* graph, NodeId id, std::int32_t place) {
@@ -743,7 +853,7 @@ std::int32_t CdfgGetAttrInt(const CdfgGraph* graph, NodeId id, std::uint32_t att
 
 const char* CdfgGetAttrStr(const CdfgGraph* graph, NodeId id, std::uint32_t attribute) {
   const Attribute* found = GetAttribute(graph, id, attribute);
-  return found == nullptr || found->type != ATTR_STRING ? nullptr : StringOf(*found);
+  return found == nullptr || found->type != ATTR_STRING ? nullptr : StringOf(*graph, *found);
 }
 
 std::int8_t CdfgGetAttrChar(const CdfgGraph* graph, NodeId id, std::uint32_t attribute) {

@@ -2,16 +2,23 @@
 // itself, the file reader and writer and the walks, which read ahead, include this; everybody else
 // uses cdfg/graph.h.
 //
-//   nodes       chunks of 16384 records, in creation order; a node's place in that order never
-//               changes, and a freed node keeps its place
-//   ids         while the ids of a graph are 1, 2, 3, ... a node's place is its id - 1 and no
-//               index is needed; nodes that break the row are found through a hash table of ids
-//   attributes  one contiguous run per node, taken from a pool; a node with many attributes also
-//               has them in a hash table, so that finding one never means searching a long run
-//   strings     in an arena, each after its length; file names are kept once each and numbered
-//   user data   an array per chunk of nodes, made when the first pass asks for it
+//   nodes       chunks of 16384 records of 32 bytes, in creation order; a node's place in that
+//   order
+//               never changes, and a freed node keeps its place
+//   positions   beside the records, since only making, reading and writing a node touch them
+//   ids         while the ids of a graph are 1, 2, 3, ... a node's id is its place + 1 and nothing
+//               is kept; nodes that break the row have their ids in an array beside the records
+//               and are found through a hash table
+//   attributes  eight bytes each, two of them in the node's record; a node with more has all of
+//   them
+//               in one contiguous run taken from a pool, and a node with many also has them in a
+//               hash table, so that finding one never means searching a long run
+//   strings     in an arena, each after its length; so are the few values that do not fit into an
+//               attribute; file names are kept once each and numbered
+//   user data   an array beside the records, made when the first pass asks for it
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -19,47 +26,95 @@
 #include "cdfg/graph.h"
 #include "cdfg/growable.h"
 
-struct Attribute {
-  std::uint32_t id;
-  std::uint32_t type;  // CdfgValueType
-  std::uint64_t bits;  // the value's eight bytes, lowest first; a pointer for a string
+// --- Attributes and nodes ------------------------------------------------------------------------
+
+// Where something lies in one of the graph's own memories: half the size of a pointer.
+using Address = std::uint32_t;
+
+// How an attribute holds its value.
+enum class Form : std::uint8_t {
+  Short,  // in `value`: the eight bytes, whose upper four are zero, or the address of a string
+  Long,   // `value` is the address of a LongValue
+  Freed,  // in a node's first attribute: the node is gone
 };
 
+struct Attribute {
+  std::uint16_t id;   // kFarId: the id is in the LongValue
+  std::uint8_t type;  // CdfgValueType, kNoAttribute or kRun
+  Form form;
+  std::uint32_t value;
+};
+
+inline constexpr std::uint16_t kFarId = 0xFFFF;
+inline constexpr std::uint8_t kNoAttribute = 0;
+inline constexpr std::uint8_t kRun = 0xFF;
+inline constexpr Attribute kEmptyAttribute = {kFarId, kNoAttribute, Form::Short, 0};
+
+// What does not fit into an attribute: large ids and large numbers, both rare.
+struct LongValue {
+  std::uint32_t id;
+  std::uint32_t low;
+  std::uint32_t high;
+};
+
+// The second attribute of a node whose first one is of type kRun, and then holds where the run is.
+struct RunSize {
+  std::uint32_t count;
+  std::uint32_t capacity;
+};
+static_assert(sizeof(RunSize) == sizeof(Attribute));
+
+inline constexpr std::uint32_t kOwnAttributes = 2;
+
 struct NodeRecord {
-  NodeId id;
   std::uint32_t kind;
   NodeId prev;
   NodeId next;
   NodeId jump;
-  std::uint32_t attribute_count;
-  Attribute* attributes;
-  std::uint32_t attribute_capacity;
-  std::uint32_t file_name;  // number of the name, kNoFileName or kFreedNode
+  Attribute own[kOwnAttributes];
+};
+static_assert(sizeof(NodeRecord) == 32);
+
+struct Position {
+  std::uint32_t file_name;  // its number, or kNoFileName
   std::int32_t line;
   std::int32_t column;
 };
 
 inline constexpr std::uint32_t kNoFileName = 0;
-inline constexpr std::uint32_t kFreedNode = 0xFFFFFFFFU;
 inline constexpr std::uint32_t kNoPlace = 0xFFFFFFFFU;
 inline constexpr std::size_t kChunkShift = 14;
 inline constexpr std::size_t kChunkSize = std::size_t{1} << kChunkShift;
 
-// Runs of attributes, by capacity; released runs are used again for the same capacity.
-struct AttributePool {
-  static constexpr std::size_t kLargestRun = 64;
+// --- Memories ------------------------------------------------------------------------------------
 
-  Attribute* free_runs[kLargestRun + 1] = {};  // linked through their first record's bits
-  Attribute* chunk = nullptr;
-  std::size_t chunk_left = 0;
-  Growable<void*> blocks;
+// An array in chunks that never move. Some chunks may be missing (null).
+template <class Element>
+struct ChunkedArray {
+  Growable<Element*> chunks;
+  Growable<void*> blocks;  // what the chunks lie in
 };
 
-// Strings, each stored as its length (four bytes) and its bytes with a terminating zero.
-struct StringArena {
-  char* chunk = nullptr;
-  std::size_t chunk_left = 0;
-  Growable<void*> blocks;
+// Runs of attributes, by capacity; released runs are used again for the same capacity. An address
+// is a number of attributes.
+struct AttributePool {
+  static constexpr std::size_t kChunkShift = 16;
+  static constexpr std::size_t kLargestReleased = 64;
+
+  ChunkedArray<Attribute> memory;
+  Address next = 0;
+  std::size_t left = 0;
+  Address free_runs[kLargestReleased + 1] = {};  // linked through their first attribute; 0: none
+};
+
+// Strings, each stored as its length (four bytes) and its bytes with a terminating zero, and long
+// values. An address is a number of words of four bytes.
+struct Arena {
+  static constexpr std::size_t kBlockShift = 19;
+
+  Growable<char*> blocks;
+  Address next = 0;
+  std::size_t left = 0;  // words
 };
 
 // A hash table of numbers whose keys the owner can look up from the numbers: open addressing,
@@ -89,13 +144,14 @@ struct WideSlot {
 };
 
 struct CdfgGraph {
-  Growable<NodeRecord*> chunks;
-  Growable<void*> node_blocks;  // what the chunks lie in
+  ChunkedArray<NodeRecord> nodes;
+  ChunkedArray<Position> positions;
   std::size_t node_count = 0;
   NodeId highest_id = 0;
 
   std::size_t row_length = 0;  // the first nodes, while their ids are 1, 2, 3, ...
   bool row_shadowed = false;   // a later node has the id of one of them
+  ChunkedArray<NodeId> ids;    // of nodes outside the row
   IdTable places;
 
   AttributePool attributes;
@@ -103,34 +159,43 @@ struct CdfgGraph {
   std::size_t wide_slot_count = 0;
   std::size_t wide_used = 0;
 
-  StringArena strings;
+  Arena arena;
   Growable<const char*> file_names;  // by number; number 0 is "no name"
   std::uint32_t last_file_name = 0;  // the number asked for last: most nodes have their neighbour's
   PlaceTable file_numbers;
 
-  Growable<void**> user_data;   // by chunk; null where no node has any
-  Growable<void*> user_blocks;  // what they lie in
+  ChunkedArray<void*> user_data;
 
   bool memory_short = false;
 };
 
-inline NodeRecord& NodeAt(const CdfgGraph& graph, std::size_t place) {
-  return graph.chunks[place >> kChunkShift][place & (kChunkSize - 1)];
+template <class Element>
+Element& ElementAt(const ChunkedArray<Element>& array, std::size_t place) {
+  return array.chunks[place >> kChunkShift][place & (kChunkSize - 1)];
 }
 
-inline bool IsFreed(const NodeRecord& node) { return node.file_name == kFreedNode; }
+inline NodeRecord& NodeAt(const CdfgGraph& graph, std::size_t place) {
+  return ElementAt(graph.nodes, place);
+}
+inline Position& PositionAt(const CdfgGraph& graph, std::size_t place) {
+  return ElementAt(graph.positions, place);
+}
+// The id of a node that may be freed.
+inline NodeId IdAt(const CdfgGraph& graph, std::size_t place) {
+  return place < graph.row_length ? static_cast<NodeId>(place + 1) : ElementAt(graph.ids, place);
+}
+
+inline bool IsFreed(const NodeRecord& node) { return node.own[0].form == Form::Freed; }
 
 // Asks for the memory that a walk at node `id` will want soon: the records of nodes some way behind
-// it in the file, and the attributes of nearer ones. Nodes lie in the order of the source text, and
-// most walks go that way too; but they leap over what they skip, by distances that no processor
-// guesses. Without this a walk over a large design waits for memory at every statement. (Always
-// inline: an ordinary function that only asks counts as doing nothing, and its calls are dropped.)
+// it in the file. Nodes lie in the order of the source text, and most walks go that way too; but
+// they leap over what they skip, by distances that no processor guesses. Without this a walk over
+// a large design waits for memory at every statement. (Always inline: an ordinary function that
+// only asks counts as doing nothing, and its calls are dropped.)
 [[gnu::always_inline]] inline void ReadAhead(const CdfgGraph& graph, NodeId id) {
   constexpr std::size_t kRecordsAhead = 48;
-  constexpr std::size_t kAttributesAhead = 24;
   constexpr std::uintptr_t kLine = 64;
-  constexpr std::uintptr_t kRecordLines = 8;
-  constexpr std::uintptr_t kAttributeLines = 4;
+  constexpr std::uintptr_t kRecordLines = 6;
   const std::size_t place = id;
   if (place + kRecordsAhead >= graph.row_length) return;
   const auto records = reinterpret_cast<std::uintptr_t>(&NodeAt(graph, place + kRecordsAhead));
@@ -138,20 +203,14 @@ inline bool IsFreed(const NodeRecord& node) { return node.file_name == kFreedNod
   for (std::uintptr_t i = 0; i < kRecordLines; ++i) {
     __builtin_prefetch(reinterpret_cast<const void*>(records + i * kLine));
   }
-  const auto attributes =
-      reinterpret_cast<std::uintptr_t>(NodeAt(graph, place + kAttributesAhead).attributes);
-#pragma GCC unroll 4
-  for (std::uintptr_t i = 0; i < kAttributeLines; ++i) {
-    __builtin_prefetch(reinterpret_cast<const void*>(attributes + i * kLine));
-  }
 }
 
-// The node that lookups of `id` find, null for none.
-NodeRecord* FindNode(const CdfgGraph* graph, NodeId id);
+// The place of the node that lookups of `id` find, kNoPlace for none.
+std::uint32_t FindPlace(const CdfgGraph* graph, NodeId id);
 // Appends an empty node with this id and makes it the highest id. False when memory is short.
 bool AppendNode(CdfgGraph& graph, NodeId id);
 // Makes room for `count` attributes in a node that has none yet.
-void ReserveAttributes(CdfgGraph& graph, NodeRecord& node, std::uint32_t count);
+void ReserveAttributes(CdfgGraph& graph, std::size_t place, std::uint32_t count);
 
 // The setters of cdfg/graph.h for the node at a place. `bits` holds the value in its lowest `width`
 // bytes; the other bytes of an attribute that is there keep what they hold.
@@ -159,18 +218,61 @@ int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribut
                      CdfgValueType type, std::uint64_t bits, unsigned width);
 int SetAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
                        const char* text, std::size_t length);
-int SetNodeFileName(CdfgGraph& graph, NodeRecord& node, const char* name, std::size_t length);
+int SetNodeFileName(CdfgGraph& graph, std::size_t place, const char* name, std::size_t length);
 
-// The string of an attribute of type ATTR_STRING (null allowed) and the length of a stored string.
-inline const char* StringOf(const Attribute& attribute) {
-  return reinterpret_cast<const char*>(static_cast<std::uintptr_t>(attribute.bits));
+// --- Reading attributes --------------------------------------------------------------------------
+
+inline bool HasRun(const NodeRecord& node) { return node.own[0].type == kRun; }
+inline RunSize SizeOfRun(const NodeRecord& node) { return std::bit_cast<RunSize>(node.own[1]); }
+
+inline std::uint32_t AttributeCount(const NodeRecord& node) {
+  if (HasRun(node)) return SizeOfRun(node).count;
+  if (node.own[0].type == kNoAttribute) return 0;
+  return node.own[1].type == kNoAttribute ? 1 : 2;
 }
+
+inline Attribute* RunAt(const AttributePool& pool, Address run) {
+  constexpr Address kInChunk = (Address{1} << AttributePool::kChunkShift) - 1;
+  return pool.memory.chunks[run >> AttributePool::kChunkShift] + (run & kInChunk);
+}
+// The node's attributes side by side.
+inline const Attribute* AttributesOf(const CdfgGraph& graph, const NodeRecord& node) {
+  return HasRun(node) ? RunAt(graph.attributes, node.own[0].value) : node.own;
+}
+
+inline char* BytesAt(const Arena& arena, Address address) {
+  constexpr Address kInBlock = (Address{1} << Arena::kBlockShift) - 1;
+  constexpr std::size_t kWord = 4;
+  return arena.blocks[address >> Arena::kBlockShift] + (address & kInBlock) * kWord;
+}
+inline LongValue LongValueAt(const Arena& arena, Address address) {
+  LongValue value;
+  std::memcpy(&value, BytesAt(arena, address), sizeof value);
+  return value;
+}
+
+inline std::uint32_t IdOf(const CdfgGraph& graph, const Attribute& attribute) {
+  if (attribute.form == Form::Short) return attribute.id;
+  return LongValueAt(graph.arena, attribute.value).id;
+}
+// The value's eight bytes, lowest first; of a string, its address.
+inline std::uint64_t BitsOf(const CdfgGraph& graph, const Attribute& attribute) {
+  if (attribute.form == Form::Short) return attribute.value;
+  const LongValue value = LongValueAt(graph.arena, attribute.value);
+  return static_cast<std::uint64_t>(value.high) << 32 | value.low;
+}
+// The string of an attribute of type ATTR_STRING (null allowed).
+inline const char* StringOf(const CdfgGraph& graph, const Attribute& attribute) {
+  const auto address = static_cast<Address>(BitsOf(graph, attribute));
+  return address == 0 ? nullptr : BytesAt(graph.arena, address);
+}
+// The length of a stored string.
 inline std::size_t StoredLength(const char* text) {
   std::uint32_t length;
   std::memcpy(&length, text - sizeof length, sizeof length);
   return length;
 }
-// The node's file name, null if it has none.
-inline const char* FileNameOf(const CdfgGraph& graph, const NodeRecord& node) {
-  return node.file_name == kNoFileName ? nullptr : graph.file_names[node.file_name];
+// The file name of a node, null if it has none.
+inline const char* FileNameOf(const CdfgGraph& graph, const Position& position) {
+  return position.file_name == kNoFileName ? nullptr : graph.file_names[position.file_name];
 }
