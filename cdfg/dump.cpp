@@ -54,21 +54,21 @@ void DumpAttribute(const CdfgGraph& graph, std::uint32_t kind, const Attribute& 
 
 void DumpRecord(const CdfgGraph& graph, std::size_t place, std::FILE* stream) {
   const NodeRecord& node = NodeAt(graph, place);
-  const Position& position = PositionAt(graph, place);
+  const NodeRest& rest = RestAt(graph, place);
   const std::uint32_t count = AttributeCount(node);
   char name[kCdfgNameSize];
   CdfgKindName(name, node.kind);
   std::fprintf(stream, "NodeId  : %d\n", Signed(IdAt(graph, place)));
   std::fprintf(stream, "Cnst    : %d(%s)\n", Signed(node.kind), name);
-  std::fprintf(stream, "PrevId  : %d\n", Signed(node.prev));
+  std::fprintf(stream, "PrevId  : %d\n", Signed(rest.prev));
   std::fprintf(stream, "NextId  : %d\n", Signed(node.next));
-  std::fprintf(stream, "JumpId  : %d\n", Signed(node.jump));
+  std::fprintf(stream, "JumpId  : %d\n", Signed(rest.jump));
   std::fprintf(stream, "AttrCnt : %d\n", Signed(count));
   for (std::uint32_t i = 0; i < count; ++i) {
     DumpAttribute(graph, node.kind, AttributesOf(graph, node)[i], stream);
   }
   std::fprintf(stream, "FileInfo.FileName/Line/Column  : %s/%d/%d\n\n",
-               Shown(FileNameOf(graph, position)), position.line, position.column);
+               Shown(FileNameOf(graph, rest.position)), rest.position.line, rest.position.column);
 }
 
 }  // namespace

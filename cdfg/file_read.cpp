@@ -127,7 +127,7 @@ bool ReadPosition(CdfgGraph& graph, std::size_t place, Source& source) {
   const auto* name = reinterpret_cast<const char*>(bytes);
   const std::size_t length = strnlen(name, count);
   if (length != 0) SetNodeFileName(graph, place, name, length);
-  Position& position = PositionAt(graph, place);
+  Position& position = RestAt(graph, place).position;
   position.line = static_cast<std::int32_t>(ReadBig32(bytes + count));
   position.column = static_cast<std::int32_t>(ReadBig32(bytes + count + 4));
   return true;
@@ -141,9 +141,10 @@ bool ReadNode(CdfgGraph& graph, Source& source) {
   const std::size_t place = graph.node_count - 1;
   NodeRecord& node = NodeAt(graph, place);
   node.kind = ReadBig32(head + 4);
-  node.prev = ReadBig32(head + 8);
   node.next = ReadBig32(head + 12);
-  node.jump = ReadBig32(head + 16);
+  NodeRest& rest = RestAt(graph, place);
+  rest.prev = ReadBig32(head + 8);
+  rest.jump = ReadBig32(head + 16);
   const unsigned char* count_bytes = Take(source, 4);
   if (count_bytes == nullptr) return false;
   const auto count = static_cast<std::int32_t>(ReadBig32(count_bytes));

@@ -72,15 +72,16 @@ void PutAttribute(Sink& sink, const CdfgGraph& graph, const Attribute& attribute
 
 void PutNode(Sink& sink, const CdfgGraph& graph, std::size_t place, const NodeRecord& node) {
   const std::uint32_t count = AttributeCount(node);
+  const NodeRest& rest = RestAt(graph, place);
   unsigned char* end = Room(sink);
   for (const std::uint32_t field :
-       {IdAt(graph, place), node.kind, node.prev, node.next, node.jump, count}) {
+       {IdAt(graph, place), node.kind, rest.prev, node.next, rest.jump, count}) {
     end = WriteBig32(end, field);
   }
   sink.end = end;
   const Attribute* attributes = AttributesOf(graph, node);
   for (std::uint32_t i = 0; i < count; ++i) PutAttribute(sink, graph, attributes[i]);
-  const Position& position = PositionAt(graph, place);
+  const Position& position = rest.position;
   PutText(sink, FileNameOf(graph, position));
   end = WriteBig32(Room(sink), static_cast<std::uint32_t>(position.line));
   sink.end = WriteBig32(end, static_cast<std::uint32_t>(position.column));

@@ -20,6 +20,7 @@
 
 namespace {
 
+constexpr std::uint32_t kFirstRun = 4;  // how many attributes have room in it
 constexpr std::size_t kPoolChunk = std::size_t{1} << AttributePool::kChunkShift;
 constexpr std::size_t kWord = sizeof(std::uint32_t);
 constexpr std::size_t kLargestBlock = (std::size_t{1} << Arena::kBlockShift) * kWord;
@@ -111,15 +112,20 @@ bool MakeRoomForId(IdTable& table) {
   return id <= graph.row_length ? id - 1 : kNoPlace;
 }
 
-// Every getter and setter begins here, nearly always with an id of the row.
-inline std::uint32_t FindLivePlace(const CdfgGraph* graph, NodeId id) {
+// Every getter begins here, nearly always with an id of the row. The node may be a freed one: to
+// getters it is an empty node, as good as none.
+inline std::uint32_t FindPlaceToRead(const CdfgGraph* graph, NodeId id) {
   if (graph == nullptr) return kNoPlace;
-  std::uint32_t place = id - 1;
-  if (place >= graph->row_length || graph->row_shadowed) [[unlikely]] {
-    place = FindPlaceOutsideRow(*graph, id);
-    if (place == kNoPlace) return kNoPlace;
-  }
-  return IsFreed(NodeAt(*graph, place)) ? kNoPlace : place;
+  const std::uint32_t place = id - 1;
+  if (place < graph->direct_length) [[likely]]
+    return place;
+  return FindPlaceOutsideRow(*graph, id);
+}
+
+// The same for setters, which leave a freed node alone.
+inline std::uint32_t FindLivePlace(const CdfgGraph* graph, NodeId id) {
+  const std::uint32_t place = FindPlaceToRead(graph, id);
+  return place == kNoPlace || IsFreed(NodeAt(*graph, place)) ? kNoPlace : place;
 }
 
 // --- Chunked arrays ------------------------------------------------------------------------------
@@ -178,6 +184,7 @@ void FreeAll(const Growable<Block>& blocks) {
 bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
   if (graph.row_length == place && id == place + 1) {
     ++graph.row_length;
+    ++graph.direct_length;
     return true;
   }
   if (!MakeRoomAt(graph.ids, place)) return false;
@@ -187,13 +194,13 @@ bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
   IdSlot& slot = ProbeId(graph.places, id);
   if (slot.id == 0) ++graph.places.used;
   slot = {id, place};
-  if (id <= graph.row_length) graph.row_shadowed = true;
+  if (id <= graph.row_length) graph.direct_length = 0;
   return true;
 }
 
 bool HasRoomForNode(CdfgGraph& graph) {
   const std::size_t place = graph.node_count;
-  return place < kNoPlace && MakeRoomAt(graph.nodes, place) && MakeRoomAt(graph.positions, place);
+  return place < kNoPlace && MakeRoomAt(graph.nodes, place) && MakeRoomAt(graph.rest, place);
 }
 
 // --- Attributes ----------------------------------------------------------------------------------
@@ -258,6 +265,7 @@ bool GrowRun(CdfgGraph& graph, NodeRecord& node, std::uint32_t capacity) {
   std::copy_n(AttributesOf(graph, node), count, RunAt(graph.attributes, run));
   GiveRunBack(graph.attributes, node);
   node.own[0] = {kFarId, kRun, Form::Short, run};
+  node.own[2] = kEmptyAttribute;
   SetRunSize(node, {count, capacity});
   return true;
 }
@@ -294,7 +302,7 @@ bool MakeWideRoom(CdfgGraph& graph) {
   graph.wide_slots = larger;
   graph.wide_slot_count = new_count;
   for (std::size_t i = 0; i < old_count; ++i) {
-    if (old[i].place == kNoPlace) continue;
+    if (old[i].place == kNoPlace || IsFreed(NodeAt(graph, old[i].place))) continue;
     const std::uint32_t id = IdOfAttribute(graph, old[i].place, old[i].index);
     graph.wide_slots[ProbeWide(graph, old[i].place, id)] = old[i];
   }
@@ -310,7 +318,8 @@ bool EnterWide(CdfgGraph& graph, std::uint32_t place, std::uint32_t index) {
   return true;
 }
 
-Attribute* FindInRun(const CdfgGraph& graph, std::size_t place, std::uint32_t attribute) {
+[[gnu::noinline]] Attribute* FindInRun(const CdfgGraph& graph, std::size_t place,
+                                       std::uint32_t attribute) {
   const NodeRecord& node = NodeAt(graph, place);
   Attribute* run = RunAt(graph.attributes, node.own[0].value);
   const std::uint32_t count = SizeOfRun(node).count;
@@ -319,6 +328,8 @@ Attribute* FindInRun(const CdfgGraph& graph, std::size_t place, std::uint32_t at
         graph.wide_slots[ProbeWide(graph, static_cast<std::uint32_t>(place), attribute)];
     return found.place == kNoPlace ? nullptr : &run[found.index];
   }
+  // Runs are short: code for long ones would take longer than the search.
+#pragma GCC unroll 1
   for (std::uint32_t i = 0; i < count; ++i) {
     if (run[i].id == attribute) return &run[i];
   }
@@ -342,10 +353,11 @@ Attribute* FindAttribute(const CdfgGraph& graph, std::size_t place, std::uint32_
   if (attribute >= kFarId) [[unlikely]]
     return FindFar(graph, place, attribute);
   NodeRecord& node = NodeAt(graph, place);
-  if (HasRun(node)) return FindInRun(graph, place, attribute);
-  // An empty place has the id of no attribute that is looked for here.
+  // An empty place, and the mark of a run, have the id of no attribute that is looked for here.
   if (node.own[0].id == attribute) return &node.own[0];
-  return node.own[1].id == attribute ? &node.own[1] : nullptr;
+  if (HasRun(node)) return FindInRun(graph, place, attribute);
+  if (node.own[1].id == attribute) return &node.own[1];
+  return node.own[2].id == attribute ? &node.own[2] : nullptr;
 }
 
 // The attribute written behind the last one of a run becomes part of the node.
@@ -378,7 +390,7 @@ bool AppendRecord(CdfgGraph& graph, std::size_t place, const Attribute& attribut
       own = attribute;
       return true;
     }
-    if (!GrowRun(graph, node, 2 * kOwnAttributes)) return false;
+    if (!GrowRun(graph, node, kFirstRun)) return false;
   }
   return AppendToRun(graph, place, attribute);
 }
@@ -514,9 +526,21 @@ std::uint32_t NumberOfFileName(CdfgGraph& graph, std::string_view name) {
 
 // --- Shapes of getters and setters ---------------------------------------------------------------
 
+NodeId GetLink(const CdfgGraph* graph, NodeId id, NodeId NodeRest::*link) {
+  const std::uint32_t place = FindPlaceToRead(graph, id);
+  return place == kNoPlace ? 0 : RestAt(*graph, place).*link;
+}
+
+int SetLink(CdfgGraph* graph, NodeId id, NodeId NodeRest::*link, NodeId value) {
+  const std::uint32_t place = FindLivePlace(graph, id);
+  if (place == kNoPlace) return -1;
+  RestAt(*graph, place).*link = value;
+  return 0;
+}
+
 template <class Field>
 Field GetField(const CdfgGraph* graph, NodeId id, Field NodeRecord::*field) {
-  const std::uint32_t place = FindLivePlace(graph, id);
+  const std::uint32_t place = FindPlaceToRead(graph, id);
   return place == kNoPlace ? Field{} : NodeAt(*graph, place).*field;
 }
 
@@ -529,19 +553,19 @@ int SetField(CdfgGraph* graph, NodeId id, Field NodeRecord::*field, Field value)
 }
 
 std::int32_t GetPosition(const CdfgGraph* graph, NodeId id, std::int32_t Position::*field) {
-  const std::uint32_t place = FindLivePlace(graph, id);
-  return place == kNoPlace ? 0 : PositionAt(*graph, place).*field;
+  const std::uint32_t place = FindPlaceToRead(graph, id);
+  return place == kNoPlace ? 0 : RestAt(*graph, place).position.*field;
 }
 
 int SetPosition(CdfgGraph* graph, NodeId id, std::int32_t Position::*field, std::int32_t value) {
   const std::uint32_t place = FindLivePlace(graph, id);
   if (place == kNoPlace) return -1;
-  PositionAt(*graph, place).*field = value;
+  RestAt(*graph, place).position.*field = value;
   return 0;
 }
 
 const Attribute* GetAttribute(const CdfgGraph* graph, NodeId id, std::uint32_t attribute) {
-  const std::uint32_t place = FindLivePlace(graph, id);
+  const std::uint32_t place = FindPlaceToRead(graph, id);
   return place == kNoPlace ? nullptr : FindAttribute(*graph, place, attribute);
 }
 
@@ -557,7 +581,7 @@ int SetBits(CdfgGraph* graph, NodeId id, std::uint32_t attribute, CdfgValueType 
 }
 
 const Attribute* AttributeAt(const CdfgGraph* graph, NodeId id, std::int32_t place) {
-  const std::uint32_t node_place = FindLivePlace(graph, id);
+  const std::uint32_t node_place = FindPlaceToRead(graph, id);
   if (node_place == kNoPlace || place < 1) return nullptr;
   const NodeRecord& node = NodeAt(*graph, node_place);
   const auto index = static_cast<std::uint32_t>(place) - 1;
@@ -596,13 +620,19 @@ bool PortPointsBy(std::uint32_t attribute) {
 
 // --- Store-internal operations -------------------------------------------------------------------
 
+[[gnu::noinline]] LongValue LongValueAt(const CdfgGraph& graph, Address address) {
+  LongValue value;
+  std::memcpy(&value, BytesAt(graph.arena, address), sizeof value);
+  return value;
+}
+
 std::uint32_t FindPlace(const CdfgGraph* graph, NodeId id) { return FindLivePlace(graph, id); }
 
 bool AppendNode(CdfgGraph& graph, NodeId id) {
   const std::size_t place = graph.node_count;
   if (!HasRoomForNode(graph)) return Short(graph) == 0;
-  NodeAt(graph, place) = {0, 0, 0, 0, {kEmptyAttribute, kEmptyAttribute}};
-  PositionAt(graph, place) = {kNoFileName, 0, 0};
+  NodeAt(graph, place) = kEmptyNode;
+  RestAt(graph, place) = kEmptyRest;
   if (!EnterPlace(graph, id, static_cast<std::uint32_t>(place))) return Short(graph) == 0;
   ++graph.node_count;
   graph.highest_id = id;
@@ -642,7 +672,7 @@ int SetAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attrib
 int SetNodeFileName(CdfgGraph& graph, std::size_t place, const char* name, std::size_t length) {
   const std::uint32_t number = NumberOfFileName(graph, {name, length});
   if (number == kNoFileName) return Short(graph);
-  PositionAt(graph, place).file_name = number;
+  RestAt(graph, place).position.file_name = number;
   return 0;
 }
 
@@ -658,7 +688,7 @@ CdfgGraph* CdfgNewGraph() {
 void CdfgFreeGraph(CdfgGraph* graph) {
   if (graph == nullptr) return;
   FreeAll(graph->nodes.blocks);
-  FreeAll(graph->positions.blocks);
+  FreeAll(graph->rest.blocks);
   FreeAll(graph->ids.blocks);
   FreeAll(graph->attributes.memory.blocks);
   FreeAll(graph->arena.blocks);
@@ -714,7 +744,7 @@ NodeId CdfgCreateNode(CdfgGraph* graph, std::uint32_t kind, NodeId position) {
   }
   const std::uint32_t source = FindLivePlace(graph, position);
   if (source != kNoPlace) {
-    PositionAt(*graph, graph->node_count - 1) = PositionAt(*graph, source);
+    RestAt(*graph, graph->node_count - 1).position = RestAt(*graph, source).position;
   }
   return id;
 }
@@ -723,9 +753,11 @@ void CdfgFreeNode(CdfgGraph* graph, NodeId id) {
   const std::uint32_t place = FindLivePlace(graph, id);
   if (place == kNoPlace) return;
   NodeRecord& node = NodeAt(*graph, place);
-  // The hash table of wide nodes goes on looking at the records of this one.
-  if (AttributeCount(node) < kWide) GiveRunBack(graph->attributes, node);
+  GiveRunBack(graph->attributes, node);
+  node = kEmptyNode;
   node.own[0].form = Form::Freed;
+  RestAt(*graph, place) = kEmptyRest;
+  if (CdfgGetUserData(graph, id) != nullptr) ElementAt(graph->user_data, place) = nullptr;
 }
 
 void CdfgFreeTree(CdfgGraph* graph, NodeId id) {
@@ -768,10 +800,10 @@ int CdfgSetKind(CdfgGraph* graph, NodeId id, std::uint32_t kind) {
   return SetField(graph, id, &NodeRecord::kind, kind);
 }
 NodeId CdfgGetPrev(const CdfgGraph* graph, NodeId id) {
-  return GetField(graph, id, &NodeRecord::prev);
+  return GetLink(graph, id, &NodeRest::prev);
 }
 int CdfgSetPrev(CdfgGraph* graph, NodeId id, NodeId prev) {
-  return SetField(graph, id, &NodeRecord::prev, prev);
+  return SetLink(graph, id, &NodeRest::prev, prev);
 }
 NodeId CdfgGetNext(const CdfgGraph* graph, NodeId id) {
   return GetField(graph, id, &NodeRecord::next);
@@ -780,10 +812,10 @@ int CdfgSetNext(CdfgGraph* graph, NodeId id, NodeId next) {
   return SetField(graph, id, &NodeRecord::next, next);
 }
 NodeId CdfgGetJump(const CdfgGraph* graph, NodeId id) {
-  return GetField(graph, id, &NodeRecord::jump);
+  return GetLink(graph, id, &NodeRest::jump);
 }
 int CdfgSetJump(CdfgGraph* graph, NodeId id, NodeId jump) {
-  return SetField(graph, id, &NodeRecord::jump, jump);
+  return SetLink(graph, id, &NodeRest::jump, jump);
 }
 std::int32_t CdfgGetLine(const CdfgGraph* graph, NodeId id) {
   return GetPosition(graph, id, &Position::line);
@@ -799,20 +831,20 @@ int CdfgSetColumn(CdfgGraph* graph, NodeId id, std::int32_t column) {
 }
 
 const char* CdfgGetFileName(const CdfgGraph* graph, NodeId id) {
-  const std::uint32_t place = FindLivePlace(graph, id);
-  return place == kNoPlace ? nullptr : FileNameOf(*graph, PositionAt(*graph, place));
+  const std::uint32_t place = FindPlaceToRead(graph, id);
+  return place == kNoPlace ? nullptr : FileNameOf(*graph, RestAt(*graph, place).position);
 }
 
 int CdfgSetFileName(CdfgGraph* graph, NodeId id, const char* name) {
   const std::uint32_t place = FindLivePlace(graph, id);
   if (place == kNoPlace) return -1;
   if (name != nullptr) return SetNodeFileName(*graph, place, name, std::strlen(name));
-  PositionAt(*graph, place).file_name = kNoFileName;
+  RestAt(*graph, place).position.file_name = kNoFileName;
   return 0;
 }
 
 void* CdfgGetUserData(const CdfgGraph* graph, NodeId id) {
-  const std::uint32_t place = FindLivePlace(graph, id);
+  const std::uint32_t place = FindPlaceToRead(graph, id);
   if (place == kNoPlace || graph->user_data.chunks.size <= place >> kChunkShift) return nullptr;
   void** chunk = graph->user_data.chunks[place >> kChunkShift];
   return chunk == nullptr ? nullptr : chunk[place & (kChunkSize - 1)];
@@ -829,7 +861,7 @@ int CdfgSetUserData(CdfgGraph* graph, NodeId id, void* data) {
 // --- Attributes ----------------------------------------------------------------------------------
 
 std::int32_t CdfgGetAttrCount(const CdfgGraph* graph, NodeId id) {
-  const std::uint32_t place = FindLivePlace(graph, id);
+  const std::uint32_t place = FindPlaceToRead(graph, id);
   return place == kNoPlace ? 0 : static_cast<std::int32_t>(AttributeCount(NodeAt(*graph, place)));
 }
 

@@ -3,16 +3,14 @@
 // uses cdfg/graph.h.
 //
 //   nodes       chunks of 16384 records of 32 bytes, in creation order; a node's place in that
-//   order
-//               never changes, and a freed node keeps its place
-//   positions   beside the records, since only making, reading and writing a node touch them
+//               order never changes, and a freed node keeps its place
+//   rest        what walks do not ask for, beside the records, so that these stay small
 //   ids         while the ids of a graph are 1, 2, 3, ... a node's id is its place + 1 and nothing
 //               is kept; nodes that break the row have their ids in an array beside the records
 //               and are found through a hash table
-//   attributes  eight bytes each, two of them in the node's record; a node with more has all of
-//   them
-//               in one contiguous run taken from a pool, and a node with many also has them in a
-//               hash table, so that finding one never means searching a long run
+//   attributes  eight bytes each, three of them in the node's record; a node with more has all in
+//               one contiguous run taken from a pool, and a node with many also has them in a hash
+//               table, so that finding one never means searching a long run
 //   strings     in an arena, each after its length; so are the few values that do not fit into an
 //               attribute; file names are kept once each and numbered
 //   user data   an array beside the records, made when the first pass asks for it
@@ -35,7 +33,7 @@ using Address = std::uint32_t;
 enum class Form : std::uint8_t {
   Short,  // in `value`: the eight bytes, whose upper four are zero, or the address of a string
   Long,   // `value` is the address of a LongValue
-  Freed,  // in a node's first attribute: the node is gone
+  Freed,  // in the first attribute of an empty node: the node is gone
 };
 
 struct Attribute {
@@ -57,23 +55,23 @@ struct LongValue {
   std::uint32_t high;
 };
 
-// The second attribute of a node whose first one is of type kRun, and then holds where the run is.
+// In the second attribute of a node whose first one is of type kRun and says where the run is.
 struct RunSize {
   std::uint32_t count;
   std::uint32_t capacity;
 };
 static_assert(sizeof(RunSize) == sizeof(Attribute));
 
-inline constexpr std::uint32_t kOwnAttributes = 2;
+inline constexpr std::uint32_t kOwnAttributes = 3;
 
 struct NodeRecord {
   std::uint32_t kind;
-  NodeId prev;
   NodeId next;
-  NodeId jump;
   Attribute own[kOwnAttributes];
 };
 static_assert(sizeof(NodeRecord) == 32);
+inline constexpr NodeRecord kEmptyNode = {
+    0, 0, {kEmptyAttribute, kEmptyAttribute, kEmptyAttribute}};
 
 struct Position {
   std::uint32_t file_name;  // its number, or kNoFileName
@@ -82,6 +80,14 @@ struct Position {
 };
 
 inline constexpr std::uint32_t kNoFileName = 0;
+
+struct NodeRest {
+  NodeId prev;
+  NodeId jump;
+  Position position;
+};
+inline constexpr NodeRest kEmptyRest = {0, 0, {kNoFileName, 0, 0}};
+
 inline constexpr std::uint32_t kNoPlace = 0xFFFFFFFFU;
 inline constexpr std::size_t kChunkShift = 14;
 inline constexpr std::size_t kChunkSize = std::size_t{1} << kChunkShift;
@@ -145,13 +151,13 @@ struct WideSlot {
 
 struct CdfgGraph {
   ChunkedArray<NodeRecord> nodes;
-  ChunkedArray<Position> positions;
+  ChunkedArray<NodeRest> rest;
   std::size_t node_count = 0;
   NodeId highest_id = 0;
 
-  std::size_t row_length = 0;  // the first nodes, while their ids are 1, 2, 3, ...
-  bool row_shadowed = false;   // a later node has the id of one of them
-  ChunkedArray<NodeId> ids;    // of nodes outside the row
+  std::uint32_t row_length = 0;     // the first nodes, while their ids are 1, 2, 3, ...
+  std::uint32_t direct_length = 0;  // the same, or 0 once a later node has the id of one of them
+  ChunkedArray<NodeId> ids;         // of nodes outside the row
   IdTable places;
 
   AttributePool attributes;
@@ -177,8 +183,8 @@ Element& ElementAt(const ChunkedArray<Element>& array, std::size_t place) {
 inline NodeRecord& NodeAt(const CdfgGraph& graph, std::size_t place) {
   return ElementAt(graph.nodes, place);
 }
-inline Position& PositionAt(const CdfgGraph& graph, std::size_t place) {
-  return ElementAt(graph.positions, place);
+inline NodeRest& RestAt(const CdfgGraph& graph, std::size_t place) {
+  return ElementAt(graph.rest, place);
 }
 // The id of a node that may be freed.
 inline NodeId IdAt(const CdfgGraph& graph, std::size_t place) {
@@ -195,11 +201,11 @@ inline bool IsFreed(const NodeRecord& node) { return node.own[0].form == Form::F
 [[gnu::always_inline]] inline void ReadAhead(const CdfgGraph& graph, NodeId id) {
   constexpr std::size_t kRecordsAhead = 48;
   constexpr std::uintptr_t kLine = 64;
-  constexpr std::uintptr_t kRecordLines = 6;
+  constexpr std::uintptr_t kRecordLines = 4;
   const std::size_t place = id;
   if (place + kRecordsAhead >= graph.row_length) return;
   const auto records = reinterpret_cast<std::uintptr_t>(&NodeAt(graph, place + kRecordsAhead));
-#pragma GCC unroll 8
+#pragma GCC unroll 4
   for (std::uintptr_t i = 0; i < kRecordLines; ++i) {
     __builtin_prefetch(reinterpret_cast<const void*>(records + i * kLine));
   }
@@ -227,8 +233,9 @@ inline RunSize SizeOfRun(const NodeRecord& node) { return std::bit_cast<RunSize>
 
 inline std::uint32_t AttributeCount(const NodeRecord& node) {
   if (HasRun(node)) return SizeOfRun(node).count;
-  if (node.own[0].type == kNoAttribute) return 0;
-  return node.own[1].type == kNoAttribute ? 1 : 2;
+  std::uint32_t count = 0;
+  while (count < kOwnAttributes && node.own[count].type != kNoAttribute) ++count;
+  return count;
 }
 
 inline Attribute* RunAt(const AttributePool& pool, Address run) {
@@ -245,20 +252,17 @@ inline char* BytesAt(const Arena& arena, Address address) {
   constexpr std::size_t kWord = 4;
   return arena.blocks[address >> Arena::kBlockShift] + (address & kInBlock) * kWord;
 }
-inline LongValue LongValueAt(const Arena& arena, Address address) {
-  LongValue value;
-  std::memcpy(&value, BytesAt(arena, address), sizeof value);
-  return value;
-}
+// Not inline: the getters are to stay small.
+LongValue LongValueAt(const CdfgGraph& graph, Address address);
 
 inline std::uint32_t IdOf(const CdfgGraph& graph, const Attribute& attribute) {
   if (attribute.form == Form::Short) return attribute.id;
-  return LongValueAt(graph.arena, attribute.value).id;
+  return LongValueAt(graph, attribute.value).id;
 }
 // The value's eight bytes, lowest first; of a string, its address.
 inline std::uint64_t BitsOf(const CdfgGraph& graph, const Attribute& attribute) {
   if (attribute.form == Form::Short) return attribute.value;
-  const LongValue value = LongValueAt(graph.arena, attribute.value);
+  const LongValue value = LongValueAt(graph, attribute.value);
   return static_cast<std::uint64_t>(value.high) << 32 | value.low;
 }
 // The string of an attribute of type ATTR_STRING (null allowed).

@@ -12,9 +12,9 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "cdfg/graph.h"
+#include "cdfg/small_stack.h"
 
 // Prints "kelvo : Error : Endless graph : node <id>" and ends the run with status 255.
 [[noreturn]] void CdfgStopEndless(NodeId node);
@@ -55,23 +55,23 @@ class ChainGuard {
 // Watches one walk into the depth: the path of nodes whose insides are being walked.
 class DepthGuard {
  public:
-  std::size_t Depth() const { return path_.size(); }
+  std::size_t Depth() const { return path_.Size(); }
 
   // The walk enters the inside of `node`, or of another node at the same depth as before.
   void EnterAt(std::size_t depth, NodeId node) {
-    path_.resize(depth);
+    path_.Resize(depth);
     Enter(node);
   }
   void Enter(NodeId node) {
     CdfgCountStep(node);
-    path_.push_back(node);
-    const std::size_t mark = std::bit_floor(path_.size());
-    if (mark != path_.size() && path_[mark - 1] == node) CdfgStopEndless(node);
+    path_.Push(node);
+    const std::size_t mark = std::bit_floor(path_.Size());
+    if (mark != path_.Size() && path_[mark - 1] == node) CdfgStopEndless(node);
   }
-  void Leave() { path_.pop_back(); }
+  void Leave() { path_.Pop(); }
 
  private:
-  std::vector<NodeId> path_;
+  SmallStack<NodeId, 16> path_;
 };
 
 // Enters a node for the length of a scope.

@@ -9,6 +9,35 @@
 
 namespace {
 
+struct Operands {
+  NodeId left = 0;
+  NodeId right = 0;
+  NodeId condition = 0;
+};
+
+// What three calls of CdfgGetAttr answer, from one look at the operation: its attributes are mostly
+// these.
+Operands FindOperands(const CdfgGraph* graph, NodeId operation) {
+  Operands operands;
+  const std::uint32_t place = FindPlace(graph, operation);
+  if (place == kNoPlace) return operands;
+  const NodeRecord& node = NodeAt(*graph, place);
+  if (HasRun(node)) {
+    operands.left = CdfgGetAttr(graph, operation, DfgOpe_LEFT);
+    operands.right = CdfgGetAttr(graph, operation, DfgOpe_RIGHT);
+    operands.condition = CdfgGetAttr(graph, operation, DfgOpe_COND);
+    return operands;
+  }
+  for (const Attribute& attribute : node.own) {
+    if (attribute.type == ATTR_STRING) continue;
+    const auto value = static_cast<NodeId>(BitsOf(*graph, attribute));
+    if (attribute.id == DfgOpe_LEFT) operands.left = value;
+    if (attribute.id == DfgOpe_RIGHT) operands.right = value;
+    if (attribute.id == DfgOpe_COND) operands.condition = value;
+  }
+  return operands;
+}
+
 // What kind of chain a statement walk is on: which nodes of it are visited and entered.
 enum Tag : int { kStatements, kIfParts, kCaseParts, kLoopParts };
 
@@ -79,32 +108,35 @@ Inside InsideOf(std::uint32_t kind, int tag, StatementScope scope) {
 
 // --- ChainWalk -----------------------------------------------------------------------------------
 
+void ChainWalk::PushChain(NodeId first, std::uint32_t depth, int tag) {
+  Frame frame;
+  frame.node = first;
+  frame.depth = depth;
+  frame.tag = tag;
+  frames_.Push(frame);
+}
+
 void ChainWalk::Start(NodeId first, int tag) {
-  frames_.clear();
+  frames_.Resize(0);
   asked_ = 0;
   current_ = Current{};
-  if (first == 0) return;
-  Frame& frame = frames_.emplace_back();
-  frame.node = first;
-  frame.tag = tag;
+  if (first != 0) PushChain(first, 0, tag);
 }
 
 void ChainWalk::Enter(NodeId first, int tag) {
-  if (frames_.empty() || current_.state == State::Left) return;
-  frames_[frames_.size() - asked_ - 1].entered = true;
+  if (frames_.Empty() || current_.state == State::Left) return;
+  frames_.FromTop(asked_).entered = true;
   if (first == 0) return;
+  guard_.EnterAt(current_.depth, current_.node);
   ++asked_;
-  Frame& frame = frames_.emplace_back();
-  frame.node = first;
-  frame.owner = current_.node;
-  frame.depth = current_.depth + 1;
-  frame.tag = tag;
+  PushChain(first, current_.depth + 1, tag);
 }
 
 void ChainWalk::EnterOperands(NodeId operation, int tag) {
-  Enter(CdfgGetAttr(graph_, operation, DfgOpe_LEFT), tag);
-  Enter(CdfgGetAttr(graph_, operation, DfgOpe_RIGHT), tag);
-  Enter(CdfgGetAttr(graph_, operation, DfgOpe_COND), tag);
+  const Operands operands = FindOperands(graph_, operation);
+  Enter(operands.left, tag);
+  Enter(operands.right, tag);
+  Enter(operands.condition, tag);
 }
 
 void ChainWalk::SetCurrent(const Frame& frame, State state) {
@@ -123,15 +155,12 @@ NodeId ChainWalk::Visit(Frame& frame) {
 NodeId ChainWalk::Next() {
   if (asked_ > 1) {
     // The chain asked for first must lie on top.
-    std::reverse(frames_.end() - static_cast<std::ptrdiff_t>(asked_), frames_.end());
+    std::reverse(frames_.End() - asked_, frames_.End());
   }
   asked_ = 0;
-  while (!frames_.empty()) {
-    Frame& frame = frames_.back();
-    if (frame.state == State::Ahead) {
-      if (frame.owner != 0) guard_.EnterAt(frame.depth - 1, frame.owner);
-      return Visit(frame);
-    }
+  while (!frames_.Empty()) {
+    Frame& frame = frames_.FromTop(0);
+    if (frame.state == State::Ahead) return Visit(frame);
     if (leaves_ && frame.entered) {
       frame.entered = false;
       SetCurrent(frame, State::Left);
@@ -139,7 +168,7 @@ NodeId ChainWalk::Next() {
     }
     frame.node = CdfgGetNext(graph_, frame.node);
     if (frame.node != 0) return Visit(frame);
-    frames_.pop_back();
+    frames_.Pop();
   }
   current_ = Current{};
   return 0;

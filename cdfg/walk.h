@@ -22,6 +22,7 @@
 
 #include "cdfg/graph.h"
 #include "cdfg/runaway.h"
+#include "cdfg/small_stack.h"
 
 // A walk over a chain and the chains below it, in depth-first order.
 class ChainWalk {
@@ -52,7 +53,6 @@ class ChainWalk {
   enum class State : std::uint8_t { Ahead, Visited, Left };
   struct Frame {
     NodeId node = 0;  // Ahead: to be visited; else: visited, its successor is to be read
-    NodeId owner = 0;
     std::uint32_t depth = 0;
     int tag = 0;
     State state = State::Ahead;
@@ -66,13 +66,14 @@ class ChainWalk {
     State state = State::Ahead;
   };
 
+  void PushChain(NodeId first, std::uint32_t depth, int tag);
   NodeId Visit(Frame& frame);
   void SetCurrent(const Frame& frame, State state);
 
   const CdfgGraph* graph_;
   bool leaves_ = false;
   // The innermost chain last, and behind it those asked for at the current visit, in that order.
-  std::vector<Frame> frames_;
+  SmallStack<Frame, 8> frames_;
   std::size_t asked_ = 0;
   Current current_;
   DepthGuard guard_;

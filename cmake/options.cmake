@@ -27,7 +27,9 @@ set(KELVO_HAS_IPO OFF)
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND
    NOT KELVO_SANITIZE)
   check_ipo_supported(RESULT KELVO_HAS_IPO OUTPUT KELVO_IPO_MESSAGE LANGUAGES CXX)
-  set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto=auto -ffat-lto-objects)
+  # What is small beside the calls that it saves is to be inlined, however often it is called.
+  set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto=auto -ffat-lto-objects
+    --param=max-inline-insns-auto=60 --param=inline-unit-growth=400)
 endif()
 
 # kelvo is started once per design and most designs are small: without shared libraries it starts in
