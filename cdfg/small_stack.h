@@ -32,8 +32,7 @@ class SmallStack {
   Element* End() { return elements_ + size_; }
 
   void Push(const Element& element) {
-    if (size_ == capacity_) [[unlikely]]
-      Grow();
+    if (size_ == capacity_) Grow();
     elements_[size_++] = element;
   }
   void Pop() { --size_; }
