@@ -14,7 +14,7 @@
 #include <cstdint>
 
 #include "cdfg/graph.h"
-#include "cdfg/small_stack.h"
+#include "cdfg/stack.h"
 
 // Prints "kelvo : Error : Endless graph : node <id>" and ends the run with status 255.
 [[noreturn]] void CdfgStopEndless(NodeId node);
@@ -59,7 +59,7 @@ class DepthGuard {
 
   // The walk enters the inside of `node`, or of another node at the same depth as before.
   void EnterAt(std::size_t depth, NodeId node) {
-    path_.Resize(depth);
+    path_.ShrinkTo(depth);
     Enter(node);
   }
   void Enter(NodeId node) {
@@ -71,7 +71,7 @@ class DepthGuard {
   void Leave() { path_.Pop(); }
 
  private:
-  SmallStack<NodeId, 16> path_;
+  Stack<NodeId, 16> path_;
 };
 
 // Enters a node for the length of a scope.

@@ -117,15 +117,15 @@ void ChainWalk::PushChain(NodeId first, std::uint32_t depth, int tag) {
 }
 
 void ChainWalk::Start(NodeId first, int tag) {
-  frames_.Resize(0);
+  frames_.ShrinkTo(0);
   asked_ = 0;
   current_ = Current{};
   if (first != 0) PushChain(first, 0, tag);
 }
 
 void ChainWalk::Enter(NodeId first, int tag) {
-  if (frames_.Empty() || current_.state == State::Left) return;
-  frames_.FromTop(asked_).entered = true;
+  if (frames_.IsEmpty() || current_.state == State::Left) return;
+  frames_.Below(asked_).entered = true;
   if (first == 0) return;
   guard_.EnterAt(current_.depth, current_.node);
   ++asked_;
@@ -158,8 +158,8 @@ NodeId ChainWalk::Next() {
     std::reverse(frames_.End() - asked_, frames_.End());
   }
   asked_ = 0;
-  while (!frames_.Empty()) {
-    Frame& frame = frames_.FromTop(0);
+  while (!frames_.IsEmpty()) {
+    Frame& frame = frames_.Back();
     if (frame.state == State::Ahead) return Visit(frame);
     if (leaves_ && frame.entered) {
       frame.entered = false;

@@ -22,7 +22,7 @@
 
 #include "cdfg/graph.h"
 #include "cdfg/runaway.h"
-#include "cdfg/small_stack.h"
+#include "cdfg/stack.h"
 
 // A walk over a chain and the chains below it, in depth-first order.
 class ChainWalk {
@@ -73,7 +73,7 @@ class ChainWalk {
   const CdfgGraph* graph_;
   bool leaves_ = false;
   // The innermost chain last, and behind it those asked for at the current visit, in that order.
-  SmallStack<Frame, 8> frames_;
+  Stack<Frame, 8> frames_;
   std::size_t asked_ = 0;
   Current current_;
   DepthGuard guard_;
