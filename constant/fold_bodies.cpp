@@ -39,37 +39,37 @@ void Splice(CdfgGraph* graph, NodeId operation, NodeId folded) {
 // A left operand that folds is stored as the right one, in place of what stood there, and stays the
 // left one as well: kept. Such an operation does not fold itself, since its left operand is none
 // that a constant stands behind.
-void FoldTargetOperation(CdfgGraph* graph, NodeId operation) {
+void FoldTargetOperation(CdfgGraph* graph, ChainFold& fold, NodeId operation) {
   constexpr std::uint32_t kReadAndStored[][2] = {
       {DfgOpe_LEFT, DfgOpe_RIGHT}, {DfgOpe_RIGHT, DfgOpe_RIGHT}, {DfgOpe_COND, DfgOpe_COND}};
   for (const auto& [read, stored] : kReadAndStored) {
     const NodeId operand = CdfgGetAttr(graph, operation, read);
-    ConstStoreFold(graph, operation, stored, ConstFoldChain(graph, operand));
+    ConstStoreFold(graph, operation, stored, fold.Fold(operand));
   }
   const NodeId folded = ConstFoldOperation(graph, operation);
   if (folded != 0) Splice(graph, operation, folded);
 }
 
-void FoldTarget(CdfgGraph* graph, NodeId edge) {
+void FoldTarget(CdfgGraph* graph, ChainFold& fold, NodeId edge) {
   for (const NodeId node : NextChain(graph, CdfgPrevUntilOperation(graph, edge))) {
     if (node == edge) break;
     const std::uint32_t kind = CdfgGetKind(graph, node);
-    if (kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_VAR) ConstFoldPort(graph, node);
-    if (kind == DFG_OPERATION) FoldTargetOperation(graph, node);
+    if (kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_VAR) fold.FoldPort(node);
+    if (kind == DFG_OPERATION) FoldTargetOperation(graph, fold, node);
   }
 }
 
 // --- Statements ----------------------------------------------------------------------------------
 
 // A cast that is the whole expression needs no rule: what folds behind it is stored there.
-void FoldElement(CdfgGraph* graph, NodeId element) {
+void FoldElement(CdfgGraph* graph, ChainFold& fold, NodeId element) {
   const NodeId root = CdfgGetAttr(graph, element, DfgOpeman_OPE);
-  if (CdfgIsAssignment(CdfgGetKind(graph, root))) FoldTarget(graph, root);
-  ConstStoreFold(graph, element, DfgOpeman_OPE, ConstFoldChain(graph, root));
+  if (CdfgIsAssignment(CdfgGetKind(graph, root))) FoldTarget(graph, fold, root);
+  ConstStoreFold(graph, element, DfgOpeman_OPE, fold.Fold(root));
 }
 
-void FoldOperationList(CdfgGraph* graph, NodeId list) {
-  for (const NodeId element : NextChain(graph, list)) FoldElement(graph, element);
+void FoldOperationList(CdfgGraph* graph, ChainFold& fold, NodeId list) {
+  for (const NodeId element : NextChain(graph, list)) FoldElement(graph, fold, element);
 }
 
 void FoldDeclaredIn(CdfgGraph* graph, NodeId owner, std::uint32_t attribute) {
@@ -79,9 +79,10 @@ void FoldDeclaredIn(CdfgGraph* graph, NodeId owner, std::uint32_t attribute) {
 void FoldFunction(CdfgGraph* graph, NodeId function) {
   FoldDeclaredIn(graph, function, CfgFunc_DECLARE);
   FoldDeclaredIn(graph, function, CfgFunc_ARGLIST);
+  ChainFold fold(graph);
   StatementWalk walk(graph, CdfgGetAttr(graph, function, CfgFunc_STARTCFG));
   while (const NodeId statement = walk.Next()) {
-    FoldOperationList(graph, CdfgGetOperationList(graph, statement));
+    FoldOperationList(graph, fold, CdfgGetOperationList(graph, statement));
     if (CdfgGetKind(graph, statement) == CFG_DECLARE_DEF) {
       FoldDeclaredIn(graph, statement, CfgDeclDef_DECL);
     }

@@ -15,7 +15,8 @@
 // the node in front of its operand, answers such a reference; and no operation to stand among the
 // members of a port, where a fold is stored nowhere. Graphs that break this are folded by the same
 // single walk.
-#include "cdfg/chain.h"
+#include <utility>
+
 #include "cdfg/deep.h"
 #include "cdfg/kinds.h"
 #include "cdfg/runaway.h"
@@ -48,64 +49,6 @@ Deep<NodeId> FoldTree(Folding& run, NodeId operation) {
   co_return ConstFoldOperation(run.graph, operation);
 }
 
-// --- The chain fold ------------------------------------------------------------------------------
-
-Deep<NodeId> FoldChain(Folding& run, NodeId first);
-
-Deep<NodeId> FoldOperation(Folding& run, NodeId operation) {
-  const DepthScope inside(run.depth, operation);
-  for (const std::uint32_t attribute : kOperands) {
-    const NodeId operand = CdfgGetAttr(run.graph, operation, attribute);
-    const NodeId folded = co_await FoldChain(run, operand);
-    ConstStoreFold(run.graph, operation, attribute, folded);
-  }
-  co_return ConstFoldOperation(run.graph, operation);
-}
-
-Deep<> FoldListed(Folding& run, NodeId list, std::uint32_t attribute) {
-  for (const NodeId item : NextChain(run.graph, list)) {
-    const NodeId folded = co_await FoldChain(run, CdfgGetAttr(run.graph, item, attribute));
-    ConstStoreFold(run.graph, item, attribute, folded);
-  }
-}
-
-Deep<> FoldBehind(Folding& run, NodeId edge) {
-  const DepthScope inside(run.depth, edge);
-  const NodeId folded = co_await FoldChain(run, CdfgGetNext(run.graph, edge));
-  ConstStoreFoldBehind(run.graph, edge, folded);
-}
-
-Deep<> FoldPort(Folding& run, NodeId port) {
-  const DepthScope inside(run.depth, port);
-  co_await FoldListed(run, CdfgGetAttr(run.graph, port, DfgPort_DIMNODE), DfgDim_NODE);
-  co_await FoldChain(run, CdfgGetAttr(run.graph, port, DfgPort_STRSON));
-}
-
-Deep<> FoldCall(Folding& run, NodeId call) {
-  const DepthScope inside(run.depth, call);
-  const NodeId arguments = CdfgGetAttr(run.graph, call, DfgFuncCall_ARGLIST);
-  co_await FoldListed(run, arguments, DfgPortInfo_SIGNAL);
-}
-
-Deep<NodeId> FoldChain(Folding& run, NodeId first) {
-  NodeId last_folded = 0;
-  for (const NodeId node : NextChain(run.graph, first)) {
-    const std::uint32_t kind = CdfgGetKind(run.graph, node);
-    if (kind == DFG_OPERATION) {
-      const NodeId folded = co_await FoldOperation(run, node);
-      if (folded != 0) last_folded = folded;
-    } else if (CdfgIsAssignment(kind) || kind == DFG_SPEC) {
-      co_await FoldBehind(run, node);
-      break;
-    } else if (kind == DFG_FUNC_CALL) {
-      co_await FoldCall(run, node);
-    } else if (CdfgIsPortOrConcat(kind)) {
-      co_await FoldPort(run, node);
-    }
-  }
-  co_return last_folded;
-}
-
 }  // namespace
 
 void ConstStoreFold(CdfgGraph* graph, NodeId holder, std::uint32_t attribute, NodeId folded) {
@@ -126,12 +69,159 @@ NodeId ConstFoldTree(CdfgGraph* graph, NodeId expression) {
   return RunDeep(FoldTree(run, expression));
 }
 
-NodeId ConstFoldChain(CdfgGraph* graph, NodeId first) {
-  Folding run{graph, {}};
-  return RunDeep(FoldChain(run, first));
+// --- The chain fold ------------------------------------------------------------------------------
+
+NodeId ChainFold::Fold(NodeId first) {
+  chain_ = Chain{first};
+  return Run();
 }
 
-void ConstFoldPort(CdfgGraph* graph, NodeId port) {
-  Folding run{graph, {}};
-  RunDeep(FoldPort(run, port));
+void ChainFold::FoldPort(NodeId port) {
+  chain_ = Chain{};
+  EnterPort(port);
+  Run();
+}
+
+NodeId ChainFold::Run() {
+  for (;;) {
+    while (chain_.node != 0) Visit();
+    if (levels_.IsEmpty()) return chain_.folded;
+    EndOfChain();
+  }
+}
+
+void ChainFold::Visit() {
+  const NodeId node = chain_.node;
+  chain_.guard.Visit(node);
+  const std::uint32_t kind = CdfgGetKind(graph_, node);
+  chain_.node = CdfgGetNext(graph_, node);
+  if (kind == DFG_EDGE_PRESEDE) return;
+  if (!chain_.has_value) chain_.is_constant = kind == DFG_INPUT_CONST;
+  chain_.has_value = true;
+  if (kind == DFG_OPERATION) {
+    EnterOperation(node);
+  } else if (CdfgIsAssignment(kind) || kind == DFG_SPEC) {
+    const NodeId behind = std::exchange(chain_.node, 0);
+    Enter(node, Inside::Behind, behind);
+  } else if (kind == DFG_FUNC_CALL) {
+    EnterList(node, Inside::Arguments, CdfgGetAttr(graph_, node, DfgFuncCall_ARGLIST));
+  } else if (CdfgIsPortOrConcat(kind)) {
+    EnterPort(node);
+  }
+}
+
+void ChainFold::Enter(NodeId node, Inside inside, NodeId first) {
+  depth_.Enter(node);
+  levels_.Push({chain_, node, inside, false, 0, 0, folds_});
+  chain_ = Chain{first};
+}
+
+void ChainFold::EnterOperation(NodeId operation) {
+  Enter(operation, Inside::Left, CdfgGetAttr(graph_, operation, DfgOpe_LEFT));
+  levels_.Back().right = CdfgGetAttr(graph_, operation, DfgOpe_RIGHT);
+  levels_.Back().condition = CdfgGetAttr(graph_, operation, DfgOpe_COND);
+}
+
+// Most ports are plain variables, with nothing inside.
+void ChainFold::EnterPort(NodeId port) {
+  const NodeId indexes = CdfgGetAttr(graph_, port, DfgPort_DIMNODE);
+  if (indexes == 0 && CdfgGetAttr(graph_, port, DfgPort_STRSON) == 0) {
+    CdfgCountStep(port);
+  } else {
+    EnterList(port, Inside::Indexes, indexes);
+  }
+}
+
+void ChainFold::EnterList(NodeId node, Inside inside, NodeId list) {
+  Enter(node, inside, 0);
+  lists_.Push({});
+  GoToItem(list);
+}
+
+std::uint32_t ChainFold::ItemAttribute() const {
+  static_assert(DfgDim_NODE != DfgPortInfo_SIGNAL);
+  return levels_.Back().inside == Inside::Indexes ? DfgDim_NODE : DfgPortInfo_SIGNAL;
+}
+
+// Goes on with the next item of the innermost list; behind the last one, with what follows the
+// list: the members of a port.
+void ChainFold::GoToItem(NodeId item) {
+  if (item != 0) {
+    lists_.Back().item = item;
+    lists_.Back().guard.Visit(item);
+    chain_ = Chain{CdfgGetAttr(graph_, item, ItemAttribute())};
+    return;
+  }
+  lists_.Pop();
+  Level& level = levels_.Back();
+  if (level.inside == Inside::Arguments) return Leave();
+  level.inside = Inside::Members;
+  chain_ = Chain{CdfgGetAttr(graph_, level.node, DfgPort_STRSON)};
+}
+
+// The innermost chain has been walked; what it folded to is stored in what it hangs on.
+void ChainFold::EndOfChain() {
+  switch (levels_.Back().inside) {
+    case Inside::Left:
+    case Inside::Right:
+    case Inside::Condition:
+      EndOfOperand();
+      break;
+    case Inside::Indexes:
+    case Inside::Arguments:
+      EndOfItem();
+      break;
+    case Inside::Members:
+      Leave();
+      break;
+    case Inside::Behind:
+      ConstStoreFoldBehind(graph_, levels_.Back().node, chain_.folded);
+      Leave();
+      break;
+  }
+}
+
+void ChainFold::EndOfItem() {
+  const NodeId item = lists_.Back().item;
+  ConstStoreFold(graph_, item, ItemAttribute(), chain_.folded);
+  GoToItem(CdfgGetNext(graph_, item));
+}
+
+void ChainFold::EndOfOperand() {
+  Level& level = levels_.Back();
+  if (level.inside == Inside::Left) {
+    level.left_is_constant = chain_.is_constant;
+    ConstStoreFold(graph_, level.node, DfgOpe_LEFT, chain_.folded);
+    level.inside = Inside::Right;
+    chain_ = Chain{IsAsItWas(level) ? level.right : CdfgGetAttr(graph_, level.node, DfgOpe_RIGHT)};
+  } else if (level.inside == Inside::Right) {
+    ConstStoreFold(graph_, level.node, DfgOpe_RIGHT, chain_.folded);
+    level.inside = Inside::Condition;
+    const bool is_known = IsAsItWas(level);
+    chain_ = Chain{is_known ? level.condition : CdfgGetAttr(graph_, level.node, DfgOpe_COND)};
+  } else {
+    ConstStoreFold(graph_, level.node, DfgOpe_COND, chain_.folded);
+    EndOfOperation();
+  }
+}
+
+// No operation folds whose left operand is no constant: where nothing has changed since that was
+// seen, the operation is not looked at again.
+void ChainFold::EndOfOperation() {
+  const Level& level = levels_.Back();
+  NodeId folded = 0;
+  if (level.left_is_constant || !IsAsItWas(level)) folded = ConstFoldOperation(graph_, level.node);
+  if (folded != 0) ++folds_;
+  Leave();
+  if (folded != 0) chain_.folded = folded;
+}
+
+void ChainFold::Leave() {
+  const Level& level = levels_.Back();
+  depth_.Leave();
+  chain_ = level.around;
+  if (!IsAsItWas(level) && level.inside != Inside::Behind) {
+    chain_.node = CdfgGetNext(graph_, level.node);
+  }
+  levels_.Pop();
 }

@@ -10,6 +10,8 @@
 #include <cstdint>
 
 #include "cdfg/graph.h"
+#include "cdfg/runaway.h"
+#include "cdfg/stack.h"
 
 // --- Expressions ---------------------------------------------------------------------------------
 
@@ -23,12 +25,68 @@ void ConstStoreFoldBehind(CdfgGraph* graph, NodeId edge, NodeId folded);
 // DFG_EDGE_PRESEDE in front of the constant, or 0.
 NodeId ConstFoldTree(CdfgGraph* graph, NodeId expression);
 
-// The chain fold of the chain that begins at `first`. Answers the edge in front of the constant
-// that the last operation to fold has become, or 0. What follows an assignment edge or a cast is
-// folded and stored there, and is no part of the answer.
-NodeId ConstFoldChain(CdfgGraph* graph, NodeId first);
-// The chain fold of the indexes and the members of a port, stored.
-void ConstFoldPort(CdfgGraph* graph, NodeId port);
+// The chain fold, with a stack of its own instead of recursion; one serves many folds, one after
+// the other.
+class ChainFold {
+ public:
+  explicit ChainFold(CdfgGraph* graph) : graph_(graph) {}
+
+  // Folds the chain that begins at `first`. Answers the edge in front of the constant that the last
+  // operation to fold has become, or 0. What follows an assignment edge or a cast is folded and
+  // stored there, and is no part of the answer.
+  NodeId Fold(NodeId first);
+  // Folds the indexes and the members of a port and stores them.
+  void FoldPort(NodeId port);
+
+ private:
+  struct Chain {
+    NodeId node = 0;           // the one to be visited; 0: the chain has come to its end
+    NodeId folded = 0;         // what its last operation to fold has become
+    bool has_value = false;    // something other than a reference has been visited,
+    bool is_constant = false;  // and the first such node is a constant
+    ChainGuard guard = {};
+  };
+  // Which chain inside a node is being folded.
+  enum class Inside : std::uint8_t { Left, Right, Condition, Indexes, Members, Arguments, Behind };
+  // A node that the fold is inside of.
+  struct Level {
+    Chain around;  // how the chain that the node stands in goes on
+    NodeId node;
+    Inside inside;
+    bool left_is_constant;
+    // For operations: as they stood when `folds_` was this number, which is as long as they stand.
+    NodeId right;
+    NodeId condition;
+    std::uint32_t folds;
+  };
+  // A list whose items' expressions are folded.
+  struct List {
+    NodeId item;
+    ChainGuard guard = {};
+  };
+
+  NodeId Run();
+  void Visit();
+  void Enter(NodeId node, Inside inside, NodeId first);
+  void EnterOperation(NodeId operation);
+  void EnterPort(NodeId port);
+  void EnterList(NodeId node, Inside inside, NodeId list);
+  void GoToItem(NodeId item);
+  void EndOfChain();
+  void EndOfOperand();
+  void EndOfOperation();
+  void EndOfItem();
+  void Leave();
+  std::uint32_t ItemAttribute() const;
+  bool IsAsItWas(const Level& level) const { return level.folds == folds_; }
+
+  CdfgGraph* graph_;
+  Chain chain_;  // the innermost one
+  Stack<Level> levels_;
+  Stack<List> lists_;
+  std::uint32_t folds_ = 0;  // how many operations have folded; nothing else changes the graph
+  DepthGuard depth_;
+};
 
 // --- Declarations --------------------------------------------------------------------------------
 

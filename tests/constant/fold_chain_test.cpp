@@ -198,7 +198,7 @@ TEST(FoldChain, GivesTheGraphOfItsDefinition) {
     RandomGraph once(seed);
     const std::string before = Picture(once.graph());
     const NodeId answer = FoldToTheLetter(letter.graph(), letter.first());
-    ASSERT_EQ(ConstFoldChain(once.graph(), once.first()), answer) << "seed " << seed << "\n"
+    ASSERT_EQ(ChainFold(once.graph()).Fold(once.first()), answer) << "seed " << seed << "\n"
                                                                   << before;
     const std::string after = Picture(once.graph());
     ASSERT_EQ(after, Picture(letter.graph())) << "seed " << seed << "\n" << before;
@@ -247,7 +247,7 @@ constexpr int kMillion = 1'000'000;
 TEST_F(DeepExpression, ChainFoldOfAMillionNestedOperationsNeedsNoStack) {
   const NodeId sum = AddSum(DfgOpe_LEFT, DfgOpe_RIGHT, kMillion);
   NodeId folded = 0;
-  support::RunOnStack(support::kDefaultStack, [&] { folded = ConstFoldChain(graph, sum); });
+  support::RunOnStack(support::kDefaultStack, [&] { folded = ChainFold(graph).Fold(sum); });
   EXPECT_EQ(ValueOf(folded), "1000001");
 }
 
@@ -269,7 +269,7 @@ TEST_F(DeepExpression, WhatStandsBehindManyCastsIsFoldedOnce) {
     first = cast;
   }
   const std::size_t count = CdfgNodeCount(graph);
-  EXPECT_EQ(ConstFoldChain(graph, first), 0U);
+  EXPECT_EQ(ChainFold(graph).Fold(first), 0U);
   EXPECT_EQ(ValueOf(CdfgGetNext(graph, innermost)), "2");
   EXPECT_EQ(CdfgNodeCount(graph), count + 2);
 }
@@ -281,7 +281,7 @@ TEST_F(DeepExpression, AnOperationThatFoldsToItselfStays) {
   Own(plus, DfgOpe_LEFT, Add(DFG_INPUT_CONST));
   const NodeId cast = Add(DFG_SPEC);
   Chain({cast, plus});
-  EXPECT_EQ(ConstFoldChain(graph, cast), 0U);
+  EXPECT_EQ(ChainFold(graph).Fold(cast), 0U);
   EXPECT_EQ(CdfgGetNext(graph, cast), plus);
   EXPECT_EQ(CdfgGetPrev(graph, plus), cast);
 }
