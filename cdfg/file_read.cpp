@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "cdfg/bytes.h"
 #include "cdfg/file.h"
@@ -117,6 +118,13 @@ bool ReadAttribute(CdfgGraph& graph, std::size_t place, Source& source) {
   return true;
 }
 
+// Most nodes have their neighbour's file name, which has no zero in it.
+bool IsLastFileName(const CdfgGraph& graph, std::string_view name) {
+  if (graph.last_file_name == kNoFileName) return false;
+  const char* last = graph.file_names[graph.last_file_name];
+  return name == std::string_view(last, StoredLength(last));
+}
+
 // File name, line and column go into the node only when all three are there.
 bool ReadPosition(CdfgGraph& graph, std::size_t place, Source& source) {
   const unsigned char* count_bytes = Take(source, 2);
@@ -125,9 +133,12 @@ bool ReadPosition(CdfgGraph& graph, std::size_t place, Source& source) {
   const unsigned char* bytes = Take(source, count + 8);
   if (bytes == nullptr) return false;
   const auto* name = reinterpret_cast<const char*>(bytes);
-  const std::size_t length = strnlen(name, count);
-  if (length != 0) SetNodeFileName(graph, place, name, length);
   Position& position = RestAt(graph, place).position;
+  if (IsLastFileName(graph, {name, count})) {
+    position.file_name = graph.last_file_name;
+  } else if (const std::size_t length = strnlen(name, count); length != 0) {
+    SetNodeFileName(graph, place, name, length);
+  }
   position.line = static_cast<std::int32_t>(ReadBig32(bytes + count));
   position.column = static_cast<std::int32_t>(ReadBig32(bytes + count + 4));
   return true;

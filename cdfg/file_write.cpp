@@ -11,13 +11,23 @@
 namespace {
 
 constexpr std::size_t kBufferSize = 256 * 1024;
-// More than any part of a record but a string's bytes.
+// More than any part of a record but a text's bytes: its head, an attribute, a position.
 constexpr std::size_t kPartSize = 64;
+// File names up to this length are copied as one block of fixed size, which takes no call.
+constexpr std::size_t kShortName = 30;
+
+// A file name as it stands in records, with its length in front.
+struct EncodedName {
+  std::uint32_t number = kNoFileName;
+  std::size_t size = 2;  // 0: too long to be kept here
+  unsigned char bytes[2 + kShortName] = {};
+};
 
 struct Sink {
   std::FILE* stream;
   unsigned char* buffer;
-  unsigned char* end;  // behind the bytes collected
+  unsigned char* end;          // behind the bytes collected
+  EncodedName last_name = {};  // most nodes have their neighbour's
 };
 
 void Flush(Sink& sink) {
@@ -70,6 +80,36 @@ void PutAttribute(Sink& sink, const CdfgGraph& graph, const Attribute& attribute
   if (attribute.type == ATTR_STRING) PutText(sink, StringOf(graph, attribute));
 }
 
+EncodedName Encode(const CdfgGraph& graph, std::uint32_t number) {
+  EncodedName encoded;
+  encoded.number = number;
+  const char* name = graph.file_names[number];
+  const std::size_t length = StoredLength(name);
+  encoded.size = length > kShortName ? 0 : 2 + length;
+  if (encoded.size == 0) return encoded;
+  std::memcpy(WriteBig16(encoded.bytes, static_cast<std::uint16_t>(length)), name, length);
+  return encoded;
+}
+
+void PutPosition(Sink& sink, const CdfgGraph& graph, const Position& position) {
+  unsigned char* end = Room(sink);
+  EncodedName& name = sink.last_name;
+  if (position.file_name == kNoFileName) {
+    end = WriteBig16(end, 0);
+  } else {
+    if (name.number != position.file_name) name = Encode(graph, position.file_name);
+    if (name.size == 0) {
+      PutText(sink, FileNameOf(graph, position));
+      end = Room(sink);
+    } else {
+      std::memcpy(end, name.bytes, sizeof name.bytes);
+      end += name.size;
+    }
+  }
+  end = WriteBig32(end, static_cast<std::uint32_t>(position.line));
+  sink.end = WriteBig32(end, static_cast<std::uint32_t>(position.column));
+}
+
 void PutNode(Sink& sink, const CdfgGraph& graph, std::size_t place, const NodeRecord& node) {
   const std::uint32_t count = AttributeCount(node);
   const NodeRest& rest = RestAt(graph, place);
@@ -81,14 +121,11 @@ void PutNode(Sink& sink, const CdfgGraph& graph, std::size_t place, const NodeRe
   sink.end = end;
   const Attribute* attributes = AttributesOf(graph, node);
   for (std::uint32_t i = 0; i < count; ++i) PutAttribute(sink, graph, attributes[i]);
-  const Position& position = rest.position;
-  PutText(sink, FileNameOf(graph, position));
-  end = WriteBig32(Room(sink), static_cast<std::uint32_t>(position.line));
-  sink.end = WriteBig32(end, static_cast<std::uint32_t>(position.column));
+  PutPosition(sink, graph, rest.position);
 }
 
 void PutGraph(const CdfgGraph& graph, std::FILE* stream, unsigned char* buffer) {
-  Sink sink{stream, buffer, buffer};
+  Sink sink{stream, buffer, buffer, {}};
   for (std::size_t place = 0; place < graph.node_count; ++place) {
     const NodeRecord& node = NodeAt(graph, place);
     if (!IsFreed(node)) PutNode(sink, graph, place, node);

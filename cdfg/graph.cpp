@@ -198,9 +198,14 @@ bool EnterPlace(CdfgGraph& graph, NodeId id, std::uint32_t place) {
   return true;
 }
 
-bool HasRoomForNode(CdfgGraph& graph) {
+// Memory for the next nodes; false when it is short.
+[[gnu::noinline]] bool MakeRoomForNodes(CdfgGraph& graph) {
   const std::size_t place = graph.node_count;
-  return place < kNoPlace && MakeRoomAt(graph.nodes, place) && MakeRoomAt(graph.rest, place);
+  if (place >= kNoPlace || !MakeRoomAt(graph.nodes, place) || !MakeRoomAt(graph.rest, place)) {
+    return false;
+  }
+  graph.node_room = std::min<std::size_t>((place / kChunkSize + 1) * kChunkSize, kNoPlace);
+  return true;
 }
 
 // --- Attributes ----------------------------------------------------------------------------------
@@ -630,7 +635,7 @@ std::uint32_t FindPlace(const CdfgGraph* graph, NodeId id) { return FindLivePlac
 
 bool AppendNode(CdfgGraph& graph, NodeId id) {
   const std::size_t place = graph.node_count;
-  if (!HasRoomForNode(graph)) return Short(graph) == 0;
+  if (place == graph.node_room && !MakeRoomForNodes(graph)) return Short(graph) == 0;
   NodeAt(graph, place) = kEmptyNode;
   RestAt(graph, place) = kEmptyRest;
   if (!EnterPlace(graph, id, static_cast<std::uint32_t>(place))) return Short(graph) == 0;

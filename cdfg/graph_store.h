@@ -153,6 +153,7 @@ struct CdfgGraph {
   ChunkedArray<NodeRecord> nodes;
   ChunkedArray<NodeRest> rest;
   std::size_t node_count = 0;
+  std::size_t node_room = 0;  // how many nodes there is memory for
   NodeId highest_id = 0;
 
   std::uint32_t row_length = 0;     // the first nodes, while their ids are 1, 2, 3, ...
