@@ -33,6 +33,7 @@ class Stack {
   const Element& Back() const { return elements_[size_ - 1]; }
   // The element that lies `depth` below the topmost.
   Element& Below(std::size_t depth) { return elements_[size_ - 1 - depth]; }
+  const Element& Below(std::size_t depth) const { return elements_[size_ - 1 - depth]; }
   const Element& operator[](std::size_t index) const { return elements_[index]; }
   // Behind the topmost element.
   Element* End() { return elements_ + size_; }

@@ -116,31 +116,39 @@ void ChainWalk::PushChain(NodeId first, std::uint32_t depth, int tag) {
   frames_.Push(frame);
 }
 
+void ChainWalk::PutInOrder() { std::reverse(frames_.End() - asked_, frames_.End()); }
+
 void ChainWalk::Start(NodeId first, int tag) {
   frames_.ShrinkTo(0);
   asked_ = 0;
-  current_ = Current{};
   if (first != 0) PushChain(first, 0, tag);
 }
 
 void ChainWalk::Enter(NodeId first, int tag) {
-  if (frames_.IsEmpty() || current_.state == State::Left) return;
-  frames_.Below(asked_).entered = true;
+  if (frames_.IsEmpty()) return;
+  Frame& current = frames_.Below(asked_);
+  if (current.state == State::Left) return;
+  current.entered = true;
   if (first == 0) return;
-  guard_.EnterAt(current_.depth, current_.node);
+  if (in_order_) PutInOrder();
+  in_order_ = false;
+  if (asked_ == 0) guard_.EnterAt(current.depth, current.node);
   ++asked_;
-  PushChain(first, current_.depth + 1, tag);
+  PushChain(first, current.depth + 1, tag);
 }
 
 void ChainWalk::EnterOperands(NodeId operation, int tag) {
   const Operands operands = FindOperands(graph_, operation);
-  Enter(operands.left, tag);
-  Enter(operands.right, tag);
+  if (asked_ != 0 || frames_.IsEmpty()) {
+    Enter(operands.left, tag);
+    Enter(operands.right, tag);
+    Enter(operands.condition, tag);
+    return;
+  }
   Enter(operands.condition, tag);
-}
-
-void ChainWalk::SetCurrent(const Frame& frame, State state) {
-  current_ = {frame.node, frame.depth, frame.tag, state};
+  Enter(operands.right, tag);
+  Enter(operands.left, tag);
+  in_order_ = true;
 }
 
 NodeId ChainWalk::Visit(Frame& frame) {
@@ -148,29 +156,25 @@ NodeId ChainWalk::Visit(Frame& frame) {
   ReadAhead(*graph_, frame.node);
   frame.state = State::Visited;
   frame.entered = false;
-  SetCurrent(frame, State::Visited);
   return frame.node;
 }
 
 NodeId ChainWalk::Next() {
-  if (asked_ > 1) {
-    // The chain asked for first must lie on top.
-    std::reverse(frames_.End() - asked_, frames_.End());
-  }
+  if (asked_ > 1 && !in_order_) PutInOrder();
+  in_order_ = false;
   asked_ = 0;
   while (!frames_.IsEmpty()) {
     Frame& frame = frames_.Back();
     if (frame.state == State::Ahead) return Visit(frame);
     if (leaves_ && frame.entered) {
       frame.entered = false;
-      SetCurrent(frame, State::Left);
+      frame.state = State::Left;
       return frame.node;
     }
     frame.node = CdfgGetNext(graph_, frame.node);
     if (frame.node != 0) return Visit(frame);
     frames_.Pop();
   }
-  current_ = Current{};
   return 0;
 }
 

@@ -41,13 +41,13 @@ class ChainWalk {
   void EnterOperands(NodeId operation, int tag = 0);
 
   // The tag of the chain that the current node stands in.
-  int Tag() const { return current_.tag; }
+  int Tag() const { return frames_.IsEmpty() ? 0 : Current().tag; }
   // How many nodes contain the current one; 0 on the chain that the walk began with.
-  std::size_t Depth() const { return current_.depth; }
+  std::size_t Depth() const { return frames_.IsEmpty() ? 0 : Current().depth; }
   // With leaves on, Next() answers a node whose chains were entered (empty ones too) once more
   // after them, with Leaving() true. Nothing can be entered at that second visit.
   void WithLeaves() { leaves_ = true; }
-  bool Leaving() const { return current_.state == State::Left; }
+  bool Leaving() const { return !frames_.IsEmpty() && Current().state == State::Left; }
 
  private:
   enum class State : std::uint8_t { Ahead, Visited, Left };
@@ -59,23 +59,19 @@ class ChainWalk {
     bool entered = false;
     ChainGuard guard;
   };
-  struct Current {
-    NodeId node = 0;
-    std::uint32_t depth = 0;
-    int tag = 0;
-    State state = State::Ahead;
-  };
-
+  const Frame& Current() const { return frames_.Below(asked_); }
   void PushChain(NodeId first, std::uint32_t depth, int tag);
+  // The chain asked for first must lie on top.
+  void PutInOrder();
   NodeId Visit(Frame& frame);
-  void SetCurrent(const Frame& frame, State state);
 
   const CdfgGraph* graph_;
   bool leaves_ = false;
-  // The innermost chain last, and behind it those asked for at the current visit, in that order.
+  // The chain of the current node, on top of those around it; above it those asked for at the
+  // current visit, in that order or, when they are in order already, the other way round.
   Stack<Frame, 8> frames_;
   std::size_t asked_ = 0;
-  Current current_;
+  bool in_order_ = false;
   DepthGuard guard_;
 };
 
