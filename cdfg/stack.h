@@ -34,6 +34,7 @@ class Stack {
   // The element that lies `depth` below the topmost.
   Element& Below(std::size_t depth) { return elements_[size_ - 1 - depth]; }
   const Element& Below(std::size_t depth) const { return elements_[size_ - 1 - depth]; }
+  Element& operator[](std::size_t index) { return elements_[index]; }
   const Element& operator[](std::size_t index) const { return elements_[index]; }
   // Behind the topmost element.
   Element* End() { return elements_ + size_; }

@@ -11,6 +11,7 @@
 #include <cassert>
 
 #include "cdfg/chain.h"
+#include "cdfg/chain_scan.h"
 #include "cdfg/deep.h"
 #include "cdfg/edit.h"
 #include "cdfg/kinds.h"
@@ -73,14 +74,14 @@ void MarkPort(const CdfgGraph* graph, NodeId port) {
 
 // --- Expressions ---------------------------------------------------------------------------------
 
-void EnterListed(const CdfgGraph* graph, ChainWalk& walk, NodeId list, std::uint32_t attribute) {
+void EnterListed(const CdfgGraph* graph, ChainScan& walk, NodeId list, std::uint32_t attribute) {
   for (const NodeId item : NextChain(graph, list)) {
     walk.Enter(CdfgGetAttr(graph, item, attribute));
   }
 }
 
 // Marks one node and enters what the chain fold enters at it.
-void MarkNode(const CdfgGraph* graph, ChainWalk& walk, NodeId node) {
+void MarkNode(const CdfgGraph* graph, ChainScan& walk, NodeId node) {
   const std::uint32_t kind = CdfgGetKind(graph, node);
   if (kind == DFG_OPERATION) {
     walk.EnterOperands(node);
@@ -94,14 +95,14 @@ void MarkNode(const CdfgGraph* graph, ChainWalk& walk, NodeId node) {
   }
 }
 
-void MarkChain(const CdfgGraph* graph, NodeId first) {
-  ChainWalk walk(graph, first);
+void MarkChain(const CdfgGraph* graph, ChainScan& walk, NodeId first) {
+  walk.Start(first);
   while (const NodeId node = walk.Next()) MarkNode(graph, walk, node);
 }
 
 // In front of an assignment edge the fold enters variables and operations only.
-void MarkTarget(const CdfgGraph* graph, NodeId edge) {
-  ChainWalk walk(graph, CdfgPrevUntilOperation(graph, edge));
+void MarkTarget(const CdfgGraph* graph, ChainScan& walk, NodeId edge) {
+  walk.Start(CdfgPrevUntilOperation(graph, edge));
   while (const NodeId node = walk.Next()) {
     const std::uint32_t kind = CdfgGetKind(graph, node);
     const bool is_entered =
@@ -116,11 +117,11 @@ void MarkTarget(const CdfgGraph* graph, NodeId edge) {
   }
 }
 
-void MarkOperationList(const CdfgGraph* graph, NodeId list) {
+void MarkOperationList(const CdfgGraph* graph, ChainScan& walk, NodeId list) {
   for (const NodeId element : NextChain(graph, list)) {
     const NodeId root = CdfgGetAttr(graph, element, DfgOpeman_OPE);
-    if (CdfgIsAssignment(CdfgGetKind(graph, root))) MarkTarget(graph, root);
-    MarkChain(graph, root);
+    if (CdfgIsAssignment(CdfgGetKind(graph, root))) MarkTarget(graph, walk, root);
+    MarkChain(graph, walk, root);
   }
 }
 
@@ -149,7 +150,8 @@ void MarkDimensions(const CdfgGraph* graph, NodeId declaration) {
 }
 
 void MarkInitialiser(const CdfgGraph* graph, NodeId declaration) {
-  ChainWalk walk(graph, CdfgGetAttr(graph, declaration, CfgDecl_INIT));
+  ChainScan walk(graph);
+  walk.Start(CdfgGetAttr(graph, declaration, CfgDecl_INIT));
   while (const NodeId node = walk.Next()) {
     switch (CdfgGetKind(graph, node)) {
       case CFG_MEMBER_LIST:
@@ -181,9 +183,10 @@ void MarkDeclarations(const CdfgGraph* graph, NodeId list) {
 void MarkFunction(const CdfgGraph* graph, NodeId function) {
   MarkDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_DECLARE));
   MarkDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_ARGLIST));
+  ChainScan expressions(graph);
   StatementWalk walk(graph, CdfgGetAttr(graph, function, CfgFunc_STARTCFG));
   while (const NodeId statement = walk.Next()) {
-    MarkOperationList(graph, CdfgGetOperationList(graph, statement));
+    MarkOperationList(graph, expressions, CdfgGetOperationList(graph, statement));
     if (CdfgGetKind(graph, statement) == CFG_DECLARE_DEF) {
       MarkDeclarations(graph, CdfgGetAttr(graph, statement, CfgDeclDef_DECL));
     }
