@@ -12,6 +12,7 @@
 #include "cdfg/edit.h"
 #include "cdfg/graph.h"
 #include "cdfg/runaway.h"
+#include "cdfg/stack.h"
 #include "constant/expr_type.h"
 
 // The codes of x++ and x--, the only operators whose value is not what they assign.
@@ -35,6 +36,12 @@ enum class ListMode {
   Value,       // the last statement gives a value: a call or a cast is assigned to a temporary
 };
 
+// An operation whose operands are being divided, and the number of the one at hand.
+struct OperandPlace {
+  NodeId operation;
+  std::uint32_t operand;
+};
+
 // The state of the pass.
 struct Division {
   CdfgGraph* graph;
@@ -47,6 +54,7 @@ struct Division {
   // The target of the temporary that holds the old value of x++ or x--; cleared by who uses it.
   NodeId saved_target = 0;
   DepthGuard depth = {};
+  Stack<OperandPlace> operands = {};  // the innermost operation last
 };
 
 // --- division_operands.cpp -----------------------------------------------------------------------

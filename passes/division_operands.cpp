@@ -9,6 +9,7 @@
 // The order in which nodes are made here is seen in the file; it follows the order of evaluation.
 #include <cstring>
 #include <initializer_list>
+#include <iterator>
 #include <optional>
 
 #include "cdfg/chain.h"
@@ -124,9 +125,9 @@ NodeId DereferenceAgain(CdfgGraph* graph, NodeId operation, NodeId reference) {
   return second;
 }
 
-Deep<NodeId> DivideOperation(Division& run, NodeId operation) {
+// Takes an operation out whose operands are divided. Answers what reads its value.
+NodeId TakeOperationOut(Division& run, NodeId operation) {
   CdfgGraph* graph = run.graph;
-  co_await DivideOperands(run, operation);
   NodeId reference = 0;
   if (const NodeId edge = RewriteAssignment(run, operation, Within::Expression)) {
     AppendPending(run, MakeStatement(graph, edge));
@@ -134,7 +135,12 @@ Deep<NodeId> DivideOperation(Division& run, NodeId operation) {
   } else {
     reference = MakeReference(graph, AssignToTemp(run, operation));
   }
-  co_return DereferenceAgain(graph, operation, reference);
+  return DereferenceAgain(graph, operation, reference);
+}
+
+Deep<NodeId> DivideOperation(Division& run, NodeId operation) {
+  co_await DivideOperands(run, operation);
+  co_return TakeOperationOut(run, operation);
 }
 
 // An assignment used as a value becomes a statement, and its target is read. The bare port is
@@ -150,6 +156,41 @@ Deep<NodeId> DivideAssignmentValue(Division& run, NodeId edge) {
 Deep<NodeId> DivideCall(Division& run, NodeId call) {
   co_await DivideArguments(run, call);
   co_return MakeReference(run.graph, AssignToTemp(run, call));
+}
+
+// --- Operands ------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kOperands[] = {DfgOpe_LEFT, DfgOpe_RIGHT, DfgOpe_COND};
+
+void EnterOperands(Division& run, NodeId operation) {
+  run.depth.Enter(operation);
+  run.operands.Push({operation, 0});
+}
+
+NodeId LeaveOperands(Division& run) {
+  const NodeId operation = run.operands.Back().operation;
+  run.operands.Pop();
+  run.depth.Leave();
+  return operation;
+}
+
+// Goes on to the next operand that something is to be done for; 0 behind the last one.
+NodeId OperandToDivide(const CdfgGraph* graph, OperandPlace& place) {
+  for (; place.operand < std::size(kOperands); ++place.operand) {
+    const NodeId operand = CdfgGetAttr(graph, place.operation, kOperands[place.operand]);
+    if (operand == 0 || IsPlainReference(graph, operand)) continue;
+    const NodeId behind = CdfgSkipReferences(graph, operand);
+    return CdfgGetKind(graph, behind) == DFG_SPEC ? behind : operand;
+  }
+  return 0;
+}
+
+// Puts what replaces the operand into its place, 0 if it stays, and goes on behind it.
+void ReplaceOperand(CdfgGraph* graph, OperandPlace& place, NodeId replacement) {
+  const std::uint32_t attribute = kOperands[place.operand++];
+  if (replacement == 0) return;
+  CdfgSetAttrNode(graph, place.operation, attribute, replacement);
+  CdfgSetPrev(graph, replacement, place.operation);
 }
 
 // --- Casts ---------------------------------------------------------------------------------------
@@ -256,18 +297,24 @@ Deep<> DivideIndex(Division& run, NodeId index) {
 
 }  // namespace
 
+// Operations among the operands are divided in the same call: expressions are operations upon
+// operations above all, and a level of them costs eight bytes here.
 Deep<> DivideOperands(Division& run, NodeId operation) {
-  CdfgGraph* graph = run.graph;
-  const DepthScope inside(run.depth, operation);
-  for (const std::uint32_t attribute : {DfgOpe_LEFT, DfgOpe_RIGHT, DfgOpe_COND}) {
-    NodeId operand = CdfgGetAttr(graph, operation, attribute);
-    if (operand == 0 || IsPlainReference(graph, operand)) continue;
-    const NodeId behind = CdfgSkipReferences(graph, operand);
-    if (CdfgGetKind(graph, behind) == DFG_SPEC) operand = behind;
-    const NodeId replacement = co_await DivideSubExpression(run, operand);
-    if (replacement == 0) continue;
-    CdfgSetAttrNode(graph, operation, attribute, replacement);
-    CdfgSetPrev(graph, replacement, operation);
+  Stack<OperandPlace>& places = run.operands;
+  const std::size_t outside = places.Size();
+  EnterOperands(run, operation);
+  for (;;) {
+    const NodeId operand = OperandToDivide(run.graph, places.Back());
+    if (operand == 0) {
+      const NodeId divided = LeaveOperands(run);
+      if (places.Size() == outside) co_return;
+      ReplaceOperand(run.graph, places.Back(), TakeOperationOut(run, divided));
+    } else if (CdfgGetKind(run.graph, operand) == DFG_OPERATION) {
+      EnterOperands(run, operand);
+    } else {
+      const NodeId replacement = co_await DivideSubExpression(run, operand);
+      ReplaceOperand(run.graph, places.Back(), replacement);
+    }
   }
 }
 
