@@ -5,6 +5,7 @@
 #include "constant/expr_type.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "cdfg/chain.h"
 #include "cdfg/deep.h"
@@ -20,8 +21,6 @@ struct Typing {
   const CdfgGraph* graph;
   DepthGuard depth;
 };
-
-Deep<ExprType> TypeOf(Typing& run, NodeId node);
 
 // --- Binary operators ----------------------------------------------------------------------------
 
@@ -121,16 +120,6 @@ ExprType Promote(const ExprType& type) {
   return type.pointer_count == 0 && is_small ? ExprType{} : type;
 }
 
-Deep<ExprType> OperationType(Typing& run, NodeId operation) {
-  const std::int32_t code = CdfgGetAttrInt(run.graph, operation, DfgOpe_TYPE);
-  if (CdfgIsTruthOperator(code)) co_return ExprType{};
-  const DepthScope inside(run.depth, operation);
-  const ExprType left = co_await TypeOf(run, CdfgGetAttr(run.graph, operation, DfgOpe_LEFT));
-  if (IsLeftOperator(code)) co_return Promote(left);
-  const ExprType right = co_await TypeOf(run, CdfgGetAttr(run.graph, operation, DfgOpe_RIGHT));
-  co_return Combine(left, right);
-}
-
 // --- Leaves --------------------------------------------------------------------------------------
 
 ExprType VariableType(const CdfgGraph* graph, NodeId variable) {
@@ -222,10 +211,48 @@ ExprType LeafType(const CdfgGraph* graph, NodeId node) {
   }
 }
 
-Deep<ExprType> TypeOf(Typing& run, NodeId node) {
-  const NodeId value = CdfgSkipReferences(run.graph, node);
-  if (CdfgGetKind(run.graph, value) != DFG_OPERATION) co_return LeafType(run.graph, value);
-  co_return co_await OperationType(run, value);
+// What stands behind an operand's references.
+NodeId OperandOf(const CdfgGraph* graph, NodeId operation, std::uint32_t attribute) {
+  return CdfgSkipReferences(graph, CdfgGetAttr(graph, operation, attribute));
+}
+
+bool IsOperation(const CdfgGraph* graph, NodeId node) {
+  return CdfgGetKind(graph, node) == DFG_OPERATION;
+}
+
+Deep<ExprType> OperationType(Typing& run, NodeId operation) {
+  const CdfgGraph* graph = run.graph;
+  const std::int32_t code = CdfgGetAttrInt(graph, operation, DfgOpe_TYPE);
+  if (CdfgIsTruthOperator(code)) co_return ExprType{};
+  const DepthScope inside(run.depth, operation);
+  const NodeId left_node = OperandOf(graph, operation, DfgOpe_LEFT);
+  const ExprType left = IsOperation(graph, left_node) ? co_await OperationType(run, left_node)
+                                                      : LeafType(graph, left_node);
+  if (IsLeftOperator(code)) co_return Promote(left);
+  const NodeId right_node = OperandOf(graph, operation, DfgOpe_RIGHT);
+  const ExprType right = IsOperation(graph, right_node) ? co_await OperationType(run, right_node)
+                                                        : LeafType(graph, right_node);
+  co_return Combine(left, right);
+}
+
+// The type of an operation none of whose operands is one; nothing when one is. Once expressions are
+// divided, all operations are like that.
+std::optional<ExprType> FlatOperationType(const CdfgGraph* graph, NodeId operation) {
+  const std::int32_t code = CdfgGetAttrInt(graph, operation, DfgOpe_TYPE);
+  if (CdfgIsTruthOperator(code)) return ExprType{};
+  const NodeId left = OperandOf(graph, operation, DfgOpe_LEFT);
+  if (IsOperation(graph, left)) return {};
+  if (IsLeftOperator(code)) return Promote(LeafType(graph, left));
+  const NodeId right = OperandOf(graph, operation, DfgOpe_RIGHT);
+  if (IsOperation(graph, right)) return {};
+  return Combine(LeafType(graph, left), LeafType(graph, right));
+}
+
+ExprType TypeOfAnyOperation(const CdfgGraph* graph, NodeId operation) {
+  CdfgCountStep(operation);
+  if (const std::optional<ExprType> type = FlatOperationType(graph, operation)) return *type;
+  Typing run{graph, {}};
+  return RunDeep(OperationType(run, operation));
 }
 
 std::int32_t Answer(const ExprType& found, ExprType* type) {
@@ -236,13 +263,13 @@ std::int32_t Answer(const ExprType& found, ExprType* type) {
 }  // namespace
 
 std::int32_t TypeOfExpression(const CdfgGraph* graph, NodeId node, ExprType* type) {
-  Typing run{graph, {}};
-  return Answer(RunDeep(TypeOf(run, node)), type);
+  const NodeId value = CdfgSkipReferences(graph, node);
+  return Answer(
+      IsOperation(graph, value) ? TypeOfAnyOperation(graph, value) : LeafType(graph, value), type);
 }
 
 std::int32_t TypeOfOperation(const CdfgGraph* graph, NodeId operation, ExprType* type) {
-  Typing run{graph, {}};
-  return Answer(RunDeep(OperationType(run, operation)), type);
+  return Answer(TypeOfAnyOperation(graph, operation), type);
 }
 
 std::int32_t TypeOfVariable(const CdfgGraph* graph, NodeId variable, ExprType* type) {
