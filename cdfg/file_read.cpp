@@ -93,27 +93,53 @@ std::uint64_t ReadBits(const unsigned char* bytes, unsigned width) {
   return width == 8 ? ReadBig64(bytes) : bytes[0];
 }
 
-void ReadStringValue(CdfgGraph& graph, std::size_t place, std::uint32_t id, Source& source) {
+// What is being read of one node's attributes.
+struct Reading {
+  std::size_t place;
+  std::uint64_t above = 0;  // no attribute that is there has this id or a higher one
+};
+
+// Mostly the ids of a node ascend, and then nothing has to be looked for.
+bool IsNew(Reading& reading, std::uint32_t id) {
+  if (id < reading.above) return false;
+  reading.above = std::uint64_t{id} + 1;
+  return true;
+}
+
+void ReadStringValue(CdfgGraph& graph, Reading& reading, std::uint32_t id, Source& source) {
   const Text text = TakeText(source);
   if (text.bytes == nullptr) return;
-  SetAttributeString(graph, place, id, text.bytes, text.length);
+  if (IsNew(reading, id)) {
+    AddAttributeString(graph, reading.place, id, text.bytes, text.length);
+  } else {
+    SetAttributeString(graph, reading.place, id, text.bytes, text.length);
+  }
   if (graph.memory_short) std::puts("Error:Cdfg read string short of memory");
 }
 
+void ReadPlainValue(CdfgGraph& graph, Reading& reading, std::uint32_t id, std::uint32_t type,
+                    Source& source) {
+  const unsigned width = WidthOf(type);
+  const unsigned char* value = width == 0 ? nullptr : Take(source, width);
+  if (value == nullptr) return;
+  const std::uint64_t bits = ReadBits(value, width);
+  if (IsNew(reading, id)) {
+    AddAttributeBits(graph, reading.place, id, static_cast<CdfgValueType>(type), bits);
+  } else {
+    SetAttributeBits(graph, reading.place, id, static_cast<CdfgValueType>(type), bits, width);
+  }
+}
+
 // False when there is no further record; a value cut short is left out.
-bool ReadAttribute(CdfgGraph& graph, std::size_t place, Source& source) {
+bool ReadAttribute(CdfgGraph& graph, Reading& reading, Source& source) {
   const unsigned char* head = Take(source, 8);
   if (head == nullptr) return false;
   const std::uint32_t id = ReadBig32(head);
   const std::uint32_t type = ReadBig32(head + 4);
   if (type == ATTR_STRING) {
-    ReadStringValue(graph, place, id, source);
-  } else if (const unsigned width = WidthOf(type); width != 0) {
-    const unsigned char* value = Take(source, width);
-    if (value != nullptr) {
-      SetAttributeBits(graph, place, id, static_cast<CdfgValueType>(type), ReadBits(value, width),
-                       width);
-    }
+    ReadStringValue(graph, reading, id, source);
+  } else {
+    ReadPlainValue(graph, reading, id, type, source);
   }
   return true;
 }
@@ -163,8 +189,9 @@ bool ReadNode(CdfgGraph& graph, Source& source) {
     ReserveAttributes(graph, place,
                       std::min(static_cast<std::uint32_t>(count), kMostAttributesAhead));
   }
+  Reading reading{place};
   std::int32_t left = count;
-  while (left > 0 && !graph.memory_short && ReadAttribute(graph, place, source)) --left;
+  while (left > 0 && !graph.memory_short && ReadAttribute(graph, reading, source)) --left;
   return ReadPosition(graph, place, source) && !graph.memory_short;
 }
 

@@ -484,14 +484,6 @@ bool PutBits(CdfgGraph& graph, Attribute& attribute, std::uint32_t id, std::uint
   return true;
 }
 
-int AppendAttribute(CdfgGraph& graph, std::size_t place, std::uint32_t id, CdfgValueType type,
-                    std::uint64_t bits) {
-  Attribute attribute = {static_cast<std::uint16_t>(std::min<std::uint32_t>(id, kFarId)),
-                         static_cast<std::uint8_t>(type), Form::Short, 0};
-  if (!PutBits(graph, attribute, id, bits)) return Short(graph);
-  return AppendRecord(graph, place, attribute) ? 0 : Short(graph);
-}
-
 // --- File names ----------------------------------------------------------------------------------
 
 std::string_view FileNameText(const CdfgGraph& graph, std::uint32_t number) {
@@ -648,10 +640,28 @@ void ReserveAttributes(CdfgGraph& graph, std::size_t place, std::uint32_t count)
   if (count > kOwnAttributes && !GrowRun(graph, NodeAt(graph, place), count)) Short(graph);
 }
 
+int AddAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
+                     CdfgValueType type, std::uint64_t bits) {
+  Attribute record = {static_cast<std::uint16_t>(std::min<std::uint32_t>(attribute, kFarId)),
+                      static_cast<std::uint8_t>(type), Form::Short, 0};
+  if (!PutBits(graph, record, attribute, bits)) return Short(graph);
+  return AppendRecord(graph, place, record) ? 0 : Short(graph);
+}
+
+int AddAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
+                       const char* text, std::size_t length) {
+  Address stored = 0;
+  if (text != nullptr) {
+    stored = StoreText(graph, {text, length});
+    if (stored == 0) return Short(graph);
+  }
+  return AddAttributeBits(graph, place, attribute, ATTR_STRING, stored);
+}
+
 int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
                      CdfgValueType type, std::uint64_t bits, unsigned width) {
   Attribute* found = FindAttribute(graph, place, attribute);
-  if (found == nullptr) return AppendAttribute(graph, place, attribute, type, bits);
+  if (found == nullptr) return AddAttributeBits(graph, place, attribute, type, bits);
   const std::uint64_t mask = width == 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << (width * 8)) - 1;
   const std::uint64_t old_bits = found->type == ATTR_STRING ? 0 : BitsOf(graph, *found);
   if (!PutBits(graph, *found, attribute, (old_bits & ~mask) | bits)) return Short(graph);
@@ -662,14 +672,14 @@ int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribut
 int SetAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
                        const char* text, std::size_t length) {
   Attribute* found = FindAttribute(graph, place, attribute);
-  if (found != nullptr && found->type != ATTR_STRING) return -1;
-  if (found != nullptr && BitsOf(graph, *found) == 0) return 0;
+  if (found == nullptr) return AddAttributeString(graph, place, attribute, text, length);
+  if (found->type != ATTR_STRING) return -1;
+  if (BitsOf(graph, *found) == 0) return 0;
   Address stored = 0;
   if (text != nullptr) {
     stored = StoreText(graph, {text, length});
     if (stored == 0) return Short(graph);
   }
-  if (found == nullptr) return AppendAttribute(graph, place, attribute, ATTR_STRING, stored);
   // The record has had room for an address before.
   return PutBits(graph, *found, attribute, stored) ? 0 : Short(graph);
 }

@@ -219,6 +219,12 @@ bool AppendNode(CdfgGraph& graph, NodeId id);
 // Makes room for `count` attributes in a node that has none yet.
 void ReserveAttributes(CdfgGraph& graph, std::size_t place, std::uint32_t count);
 
+// Appends an attribute whose id the node does not have yet; -1 when memory is short.
+int AddAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
+                     CdfgValueType type, std::uint64_t bits);
+int AddAttributeString(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
+                       const char* text, std::size_t length);
+
 // The setters of cdfg/graph.h for the node at a place. `bits` holds the value in its lowest `width`
 // bytes; the other bytes of an attribute that is there keep what they hold.
 int SetAttributeBits(CdfgGraph& graph, std::size_t place, std::uint32_t attribute,
