@@ -1,17 +1,71 @@
 #include "cdfg/name_set.h"
 
+#include <algorithm>
+#include <charconv>
 #include <climits>
-#include <cstdio>
+#include <iterator>
 #include <memory>
-#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
 
 #include "cdfg/text_table.h"
 
 namespace {
 
-// One table for all: names that differ in a counter alone are asked for one after the other, and
-// lie side by side here, while their byte sums would scatter them.
-std::unique_ptr<TextTable> name_set;
+// The names that NameSetFresh has made of one prefix: numbered in a row, so they are kept as the
+// row that they are. There are as many of them as temporaries, and hardly ever another name that
+// looks like one.
+struct Family {
+  std::string prefix;
+  int digits;
+  int first;  // the numbers from here on
+  int next;   // and below this one are taken
+};
+
+struct NameSet {
+  // One table for all others: names that differ in a counter alone are asked for one after the
+  // other, and lie side by side here, while their byte sums would scatter them.
+  TextTable table;
+  bool has_reserved = false;  // a name in the table begins like the families do
+  std::vector<Family> families;
+};
+
+std::unique_ptr<NameSet> name_set;
+std::string fresh_name;
+
+// What the names of a program do not begin with, as a rule.
+bool IsReserved(std::string_view name) { return name.starts_with("__"); }
+
+// Whether these are the digits of a number of the family, as NameSetFresh writes it.
+bool IsNumberOf(const Family& family, std::string_view text) {
+  const auto digits = static_cast<std::size_t>(family.digits);
+  if (text.size() < digits || (text.size() > digits && text.front() == '0')) return false;
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc{} && end == text.data() + text.size() && text.front() != '-' &&
+         number >= family.first && number < family.next;
+}
+
+bool IsInFamily(std::string_view name) {
+  if (!IsReserved(name)) return false;
+  const auto holds = [&](const Family& family) {
+    return name.starts_with(family.prefix) && IsNumberOf(family, name.substr(family.prefix.size()));
+  };
+  return std::any_of(name_set->families.begin(), name_set->families.end(), holds);
+}
+
+bool IsInTable(std::string_view name) {
+  if (IsReserved(name) && !name_set->has_reserved) return false;
+  return name_set->table.Contains(name);
+}
+
+// False when the name is there already.
+bool Add(std::string_view name) {
+  if (IsInFamily(name)) return false;
+  if (IsReserved(name)) name_set->has_reserved = true;
+  return name_set->table.Add(name);
+}
 
 }  // namespace
 
@@ -24,27 +78,54 @@ unsigned NameSetBucket(const char* name) {
 }
 
 int NameSetInit() {
-  name_set = std::make_unique<TextTable>();
+  name_set = std::make_unique<NameSet>();
   return 0;
 }
 
 int NameSetAdd(const char* name) {
   if (name_set == nullptr || name == nullptr) return -1;
-  name_set->Add(name);
+  Add(name);
   return 0;
 }
 
 int NameSetContains(const char* name) {
   if (name_set == nullptr || name == nullptr) return 0;
-  return name_set->Contains(name) ? 1 : 0;
+  return IsInTable(name) || IsInFamily(name) ? 1 : 0;
 }
+
+// --- Fresh names ---------------------------------------------------------------------------------
 
 namespace {
 
-void Number(std::string& name, const char* prefix, int digits, int number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.*d", digits, number);
-  name.assign(prefix).append(text);
+// Makes `name` the prefix and the number, in decimal with at least so many digits.
+void Number(std::string& name, std::string_view prefix, int digits, int number) {
+  char text[16];
+  const unsigned magnitude =
+      number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
+  const char* end = std::to_chars(std::begin(text), std::end(text), magnitude).ptr;
+  const auto length = static_cast<std::size_t>(end - text);
+  const auto wanted = static_cast<std::size_t>(digits);
+  name.assign(prefix);
+  if (number < 0) name.push_back('-');
+  if (length < wanted) name.append(wanted - length, '0');
+  name.append(text, length);
+}
+
+// Whether a name made of one prefix could be one made of the other.
+bool AreAlike(std::string_view prefix, std::string_view other) {
+  return prefix.starts_with(other) || other.starts_with(prefix);
+}
+
+// The family of the prefix whose next number is `number`, begun when there is none of the prefix;
+// null when the name is an ordinary one.
+Family* FamilyOf(std::string_view prefix, int digits, int number) {
+  if (!IsReserved(prefix) || number < 0 || number == INT_MAX) return nullptr;
+  for (Family& family : name_set->families) {
+    if (!AreAlike(prefix, family.prefix)) continue;
+    const bool is_next = family.prefix == prefix && family.digits == digits;
+    return is_next && family.next == number ? &family : nullptr;
+  }
+  return &name_set->families.emplace_back(Family{std::string(prefix), digits, number, number});
 }
 
 // Fresh names are asked for in the order of their numbers, and ten that follow one another lie side
@@ -54,22 +135,30 @@ void ExpectNextTen(const char* prefix, int digits, int number) {
   if (number % kTen != 0 || number > INT_MAX - kTen) return;
   std::string name;
   Number(name, prefix, digits, number + kTen);
-  name_set->Expect(name);
+  name_set->table.Expect(name);
+}
+
+// Adds the fresh name of this number; false when it is there already.
+bool AddFresh(const char* prefix, int digits, int number) {
+  if (Family* family = FamilyOf(prefix, digits, number)) {
+    ++family->next;
+    return !IsInTable(fresh_name);
+  }
+  ExpectNextTen(prefix, digits, number);
+  return Add(fresh_name);
 }
 
 }  // namespace
 
-std::string NameSetFresh(const char* prefix, int digits, int* counter) {
-  std::string name;
-  bool is_taken = false;
-  do {
+const std::string& NameSetFresh(const char* prefix, int digits, int* counter) {
+  bool is_new = false;
+  while (!is_new) {
     const int number = *counter;
     *counter = static_cast<int>(static_cast<unsigned>(number) + 1);
-    Number(name, prefix, digits, number);
-    if (name_set != nullptr) ExpectNextTen(prefix, digits, number);
-    is_taken = name_set != nullptr && !name_set->Add(name);
-  } while (is_taken);
-  return name;
+    Number(fresh_name, prefix, digits, number);
+    is_new = name_set == nullptr || AddFresh(prefix, digits, number);
+  }
+  return fresh_name;
 }
 
 void NameSetFree() { name_set.reset(); }

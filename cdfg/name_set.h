@@ -22,5 +22,6 @@ void NameSetFree();
 unsigned NameSetBucket(const char* name);
 
 // A name that is not in the set yet, and is from now on: `prefix` followed by *counter in decimal
-// with at least `digits` digits. The counter goes up by one for every name tried.
-std::string NameSetFresh(const char* prefix, int digits, int* counter);
+// with at least `digits` digits. The counter goes up by one for every name tried. The name stays
+// valid until the next call.
+const std::string& NameSetFresh(const char* prefix, int digits, int* counter);

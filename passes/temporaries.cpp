@@ -23,9 +23,9 @@ TempKind mul_kind{"__fpfix_mul_"};
 TempKind const_kind{"__fpfix_cnst_"};
 
 NodeId MakeVariable(CdfgGraph* graph, NodeId position, const ExprType& type, TempKind& kind) {
-  const std::string name = kind.prefix == nullptr
-                               ? NameSetFresh(kind.name, kPaddedDigits, &kind.counter)
-                               : NameSetFresh(kind.prefix, 1, &kind.counter);
+  const std::string& name = kind.prefix == nullptr
+                                ? NameSetFresh(kind.name, kPaddedDigits, &kind.counter)
+                                : NameSetFresh(kind.prefix, 1, &kind.counter);
   return CdfgDeclareVariable(graph, position, type, name.c_str());
 }
 

@@ -3,6 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cstdio>
+#include <iterator>
+#include <random>
+#include <set>
 #include <string>
 
 namespace {
@@ -183,6 +188,81 @@ TEST_F(Names, ThatAreFreshComeAtOnceHoweverManyThereAre) {
   for (int i = 0; i < 200000; ++i) NameSetFresh("__fpfix_tmp_", 6, &counter);
   EXPECT_EQ(counter, 200000);
   EXPECT_EQ(NameSetContains("__fpfix_tmp_199999"), 1);
+}
+
+TEST_F(Names, ThatAreFreshAreInTheSetAsTheyAreSpelled) {
+  int counter = 9;
+  EXPECT_EQ(NameSetFresh("__t_", 2, &counter), "__t_09");
+  EXPECT_EQ(NameSetFresh("__t_", 2, &counter), "__t_10");
+  EXPECT_EQ(counter, 11);
+  for (const char* name : {"__t_09", "__t_10"}) EXPECT_EQ(NameSetContains(name), 1) << name;
+  for (const char* other : {"__t_", "__t_9", "__t_010", "__t_08", "__t_11", "__t_1", "__t_10 ",
+                            "__t_+9", "__t_-9", "__T_09", "__t_99999999999"}) {
+    EXPECT_EQ(NameSetContains(other), 0) << other;
+  }
+}
+
+TEST_F(Names, ThatAreFreshCountOnBehindTheLargestInt) {
+  int counter = INT_MAX - 1;
+  EXPECT_EQ(NameSetFresh("__t_", 1, &counter), "__t_2147483646");
+  EXPECT_EQ(NameSetFresh("__t_", 1, &counter), "__t_2147483647");
+  EXPECT_EQ(NameSetFresh("__t_", 11, &counter), "__t_-02147483648");
+  EXPECT_EQ(NameSetFresh("__t_", 1, &counter), "__t_-2147483647");
+  EXPECT_EQ(NameSetContains("__t_2147483647"), 1);
+  EXPECT_EQ(NameSetContains("__t_-2147483647"), 1);
+}
+
+TEST_F(Names, ThatAreFreshNeedNoSet) {
+  NameSetFree();
+  int counter = 0;
+  EXPECT_EQ(NameSetFresh("__t_", 1, &counter), "__t_0");
+  EXPECT_EQ(NameSetFresh("__t_", 1, &counter), "__t_1");
+}
+
+std::string Spelled(const char* prefix, int digits, int number) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%s%.*d", prefix, digits, number);
+  return text;
+}
+
+// Prefixes that begin alike, and counters that are set back, against a set of plain texts.
+TEST_F(Names, ThatAreFreshAreTheFirstThatAreNotThere) {
+  const struct {
+    const char* prefix;
+    int digits;
+  } kKinds[] = {{"__t", 1}, {"__t", 3}, {"__t0", 1}, {"__t1", 2}, {"__u", 2}, {"u", 1}, {"", 1}};
+  std::mt19937 random(1);
+  const auto below = [&](unsigned bound) { return random() % bound; };
+  for (int round = 0; round < 300; ++round) {
+    NameSetInit();
+    std::set<std::string> model;
+    int counters[std::size(kKinds)] = {};
+    for (int step = 0; step < 60; ++step) {
+      const std::size_t at = below(std::size(kKinds));
+      const auto [prefix, digits] = kKinds[at];
+      const int number = static_cast<int>(below(20));
+      switch (below(8)) {
+        case 0:
+          counters[at] = number;
+          break;
+        case 1:
+          NameSetAdd(Spelled(prefix, digits, number).c_str());
+          model.insert(Spelled(prefix, digits, number));
+          break;
+        case 2: {
+          const std::string name = Spelled(prefix, digits, number);
+          ASSERT_EQ(NameSetContains(name.c_str()), model.contains(name) ? 1 : 0) << name;
+          break;
+        }
+        default:
+          int expected = counters[at];
+          while (!model.insert(Spelled(prefix, digits, expected)).second) ++expected;
+          ASSERT_EQ(NameSetFresh(prefix, digits, &counters[at]), Spelled(prefix, digits, expected));
+          ASSERT_EQ(counters[at], expected + 1);
+          break;
+      }
+    }
+  }
 }
 
 }  // namespace
