@@ -18,12 +18,14 @@
 // one function is copied.
 #include "passes/module_functions.h"
 
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "cdfg/chain.h"
+#include "cdfg/chain_scan.h"
 #include "cdfg/copy.h"
 #include "cdfg/deep.h"
 #include "cdfg/directive.h"
@@ -37,9 +39,18 @@
 
 namespace {
 
+// Calls in a row of all calls that were found.
+struct CallRange {
+  std::size_t first;
+  std::size_t last;  // behind the range
+};
+
 struct Collecting {
   CdfgGraph* graph;
-  ModuleFunctionRecord* module;  // null in phase 1
+  ModuleFunctionRecord* module = nullptr;  // null in phase 1
+  // The calls of the design as phase 1 found them, and those in the body of each function.
+  std::vector<NodeId> calls = {};
+  IdMap<CallRange> calls_of = {};
   // Phase 2, prefixed modules: what each copy made for this module descends from, and how many
   // copies of each function contain the walk.
   IdMap<NodeId> origins = {};
@@ -47,33 +58,42 @@ struct Collecting {
   // Phase 2, other modules: the functions that each function calls, in order, each once. Nothing
   // is changed for such a module, so a function's calls are looked for once for all of them.
   IdMap<std::vector<NodeId>> callees = {};
-  std::vector<NodeId>* found = nullptr;  // where the callees of the function at hand go
 };
 
 // A copy within a copy of the same function, this many deep, goes on for ever: designs nest a few.
 constexpr int kMostCopiesAround = 64;
 
-Deep<> HandleCall(Collecting& run, NodeId call);
+// --- Calls ---------------------------------------------------------------------------------------
 
-// --- The walk of phases 1 and 2 ------------------------------------------------------------------
+// What is looked for in an initialiser beside its members.
+enum class Values : std::uint8_t { Nothing, Calls, CallsAsOftenAsMet };
 
-void EnterIndexes(const CdfgGraph* graph, ChainWalk& walk, NodeId port) {
+struct CallSearch {
+  const CdfgGraph* graph;
+  Values values;
+  std::vector<NodeId>& calls;  // where they go, in the order in which they are met
+  ChainScan expression;
+
+  CallSearch(const CdfgGraph* of, Values in, std::vector<NodeId>& to)
+      : graph(of), values(in), calls(to), expression(of) {}
+};
+
+void EnterIndexes(const CdfgGraph* graph, ChainScan& walk, NodeId port) {
   for (const NodeId index : NextChain(graph, CdfgGetAttr(graph, port, DfgPort_DIMNODE))) {
     walk.Enter(CdfgGetAttr(graph, index, DfgDim_NODE));
   }
 }
 
-void EnterArguments(const CdfgGraph* graph, ChainWalk& walk, NodeId call) {
+void EnterArguments(const CdfgGraph* graph, ChainScan& walk, NodeId call) {
   for (const NodeId info : NextChain(graph, CdfgGetAttr(graph, call, DfgFuncCall_ARGLIST))) {
     walk.Enter(CdfgGetAttr(graph, info, DfgPortInfo_SIGNAL));
   }
 }
 
-// Answers whether there was a call that a second walk would not find handled.
-Deep<bool> WalkExpression(Collecting& run, NodeId first) {
-  const CdfgGraph* graph = run.graph;
-  bool has_calls = false;
-  ChainWalk walk(graph, first);
+void FindInExpression(CallSearch& search, NodeId first) {
+  const CdfgGraph* graph = search.graph;
+  ChainScan& walk = search.expression;
+  walk.Start(first);
   while (const NodeId node = walk.Next()) {
     switch (CdfgGetKind(graph, node)) {
       case DFG_OPERATION:
@@ -84,77 +104,71 @@ Deep<bool> WalkExpression(Collecting& run, NodeId first) {
         EnterIndexes(graph, walk, node);
         break;
       case DFG_FUNC_CALL:
-        has_calls = run.found == nullptr;
-        co_await HandleCall(run, node);
+        search.calls.push_back(node);
         EnterArguments(graph, walk, node);
         break;
       default:
         break;
     }
   }
-  co_return has_calls;
 }
 
-Deep<> WalkOperations(Collecting& run, NodeId list) {
-  for (const NodeId operation : NextChain(run.graph, list)) {
-    if (CdfgGetKind(run.graph, operation) != DFG_MANAGE_OPERATION) continue;
-    co_await WalkExpression(run, CdfgGetAttr(run.graph, operation, DfgOpeman_OPE));
+void FindInOperations(CallSearch& search, NodeId list) {
+  for (const NodeId operation : NextChain(search.graph, list)) {
+    if (CdfgGetKind(search.graph, operation) != DFG_MANAGE_OPERATION) continue;
+    FindInExpression(search, CdfgGetAttr(search.graph, operation, DfgOpeman_OPE));
   }
 }
 
-// In phase 2 every node of an initialiser that is no list or member starts an expression walk, and
-// that walk goes along next itself: a call behind a reference is handled once for each node in
-// front of it too. Kept. Where the first such walk meets no call, the others would not either.
-Deep<> WalkInitialiser(Collecting& run, NodeId first) {
-  const CdfgGraph* graph = run.graph;
-  std::vector<bool> has_no_calls(1);  // by chain
+// Every node of an initialiser that is no list or member starts an expression walk, and that walk
+// goes along next itself: a call behind a reference is met once for each node in front of it too.
+// Kept. Where the first such walk meets no call, the others would not either.
+void FindInInitialiser(CallSearch& search, NodeId first) {
+  const CdfgGraph* graph = search.graph;
+  std::vector<bool> is_done(1, search.values == Values::Nothing);  // by chain
   ChainWalk walk(graph, first);
   while (const NodeId node = walk.Next()) {
+    const auto chain = static_cast<std::size_t>(walk.Tag());
+    const std::size_t count = search.calls.size();
     switch (CdfgGetKind(graph, node)) {
       case CFG_MEMBER_LIST:
         walk.Enter(CdfgGetAttr(graph, node, CfgMemberList_MEMBER),
-                   static_cast<int>(has_no_calls.size()));
-        has_no_calls.push_back(false);
+                   static_cast<int>(is_done.size()));
+        is_done.push_back(search.values == Values::Nothing);
         break;
       case CFG_MEMBER:
-        co_await WalkExpression(run, CdfgGetAttr(graph, node, CfgMember_SIGNAL));
+        FindInExpression(search, CdfgGetAttr(graph, node, CfgMember_SIGNAL));
         break;
       default:
-        if (run.module == nullptr) break;
-        if (has_no_calls[static_cast<std::size_t>(walk.Tag())]) break;
-        has_no_calls[static_cast<std::size_t>(walk.Tag())] = !co_await WalkExpression(run, node);
+        if (is_done[chain]) break;
+        FindInExpression(search, node);
+        is_done[chain] = search.values == Values::Calls || search.calls.size() == count;
         break;
     }
   }
 }
 
-Deep<> WalkDeclarations(Collecting& run, NodeId list) {
-  for (const NodeId declaration : NextChain(run.graph, list)) {
-    if (CdfgGetKind(run.graph, declaration) != CFG_DECLARE) continue;
-    co_await WalkInitialiser(run, CdfgGetAttr(run.graph, declaration, CfgDecl_INIT));
+void FindInDeclarations(CallSearch& search, NodeId list) {
+  const CdfgGraph* graph = search.graph;
+  for (const NodeId declaration : NextChain(graph, list)) {
+    if (CdfgGetKind(graph, declaration) != CFG_DECLARE) continue;
+    const NodeId initialiser = CdfgGetAttr(graph, declaration, CfgDecl_INIT);
+    if (initialiser != 0) FindInInitialiser(search, initialiser);
   }
 }
 
-Deep<> WalkStatements(Collecting& run, NodeId first, StatementScope scope) {
-  const CdfgGraph* graph = run.graph;
-  StatementWalk walk(graph, first, scope);
-  while (const NodeId statement = walk.Next()) {
-    switch (CdfgGetKind(graph, statement)) {
-      case CFG_FUNCTION:
-        if (scope == StatementScope::Elements) {
-          co_await WalkDeclarations(run, CdfgGetAttr(graph, statement, CfgFunc_DECLARE));
-        }
-        break;
-      case CFG_DECLARE_DEF:
-        co_await WalkDeclarations(run, CdfgGetAttr(graph, statement, CfgDeclDef_DECL));
-        break;
-      default:
-        if (const NodeId list = CdfgGetOperationList(graph, statement)) {
-          co_await WalkOperations(run, list);
-        }
-        break;
-    }
+void FindInStatement(CallSearch& search, NodeId statement) {
+  const CdfgGraph* graph = search.graph;
+  if (CdfgGetKind(graph, statement) == CFG_DECLARE_DEF) {
+    FindInDeclarations(search, CdfgGetAttr(graph, statement, CfgDeclDef_DECL));
+  } else {
+    FindInOperations(search, CdfgGetOperationList(graph, statement));
   }
+}
+
+void FindInBody(CallSearch& search, NodeId function) {
+  StatementWalk walk(search.graph, CdfgGetAttr(search.graph, function, CfgFunc_STARTCFG));
+  while (const NodeId statement = walk.Next()) FindInStatement(search, statement);
 }
 
 // --- Phase 1: which functions are modules --------------------------------------------------------
@@ -178,14 +192,50 @@ void RecordMarkedCallee(const CdfgGraph* graph, NodeId call) {
   AddModuleFunction(graph, callee, prefix.empty() ? nullptr : prefix.c_str());
 }
 
+// Looks through the elements of a file. Which calls stand in the body of a function is kept for
+// phase 2, unless another function stands in there, which is none of its body.
+void FindInElements(Collecting& run, CallSearch& search, NodeId elements) {
+  const CdfgGraph* graph = run.graph;
+  NodeId function = 0;  // the one whose body is looked through
+  std::size_t first = 0;
+  const auto keep_calls = [&] {
+    if (function != 0) run.calls_of.try_emplace(function, CallRange{first, run.calls.size()});
+    function = 0;
+  };
+  StatementWalk walk(graph, elements, StatementScope::Elements);
+  while (const NodeId statement = walk.Next()) {
+    const bool is_element = walk.Depth() == 0;
+    if (is_element) keep_calls();
+    if (CdfgGetKind(graph, statement) == CFG_FUNCTION) {
+      FindInDeclarations(search, CdfgGetAttr(graph, statement, CfgFunc_DECLARE));
+      function = is_element ? statement : 0;
+      first = run.calls.size();
+    } else {
+      FindInStatement(search, statement);
+    }
+  }
+  keep_calls();
+}
+
 // --- Phase 2: what each module uses --------------------------------------------------------------
 
-Deep<> WalkFunction(Collecting& run, NodeId function) {
-  const CdfgGraph* graph = run.graph;
-  co_await WalkStatements(run, CdfgGetAttr(graph, function, CfgFunc_STARTCFG),
-                          StatementScope::Body);
-  co_await WalkDeclarations(run, CdfgGetAttr(graph, function, CfgFunc_DECLARE));
+// The calls of a function, those of its statements first.
+std::vector<NodeId> CallsOf(const Collecting& run, NodeId function, Values values) {
+  std::vector<NodeId> calls;
+  CallSearch search(run.graph, values, calls);
+  const auto known = run.calls_of.find(function);
+  if (known == run.calls_of.end()) {
+    FindInBody(search, function);
+  } else {
+    const auto begin = run.calls.begin();
+    calls.assign(begin + static_cast<std::ptrdiff_t>(known->second.first),
+                 begin + static_cast<std::ptrdiff_t>(known->second.last));
+  }
+  FindInDeclarations(search, CdfgGetAttr(run.graph, function, CfgFunc_DECLARE));
+  return calls;
 }
+
+Deep<> UseCopies(Collecting& run, NodeId function);
 
 // Links `copy` into the chain directly behind `original`.
 void SpliceBehind(CdfgGraph* graph, NodeId original, NodeId copy) {
@@ -209,7 +259,7 @@ Deep<ModuleInstanceRecord*> CopyForModule(Collecting& run, NodeId callee, const 
   const NodeId origin = OriginOf(run, callee);
   run.origins[copy] = origin;
   if (++run.copies_around[origin] > kMostCopiesAround) CdfgStopEndless(callee);
-  co_await WalkFunction(run, copy);
+  co_await UseCopies(run, copy);
   --run.copies_around[origin];
   co_return record;
 }
@@ -233,42 +283,35 @@ Deep<> UseCopy(Collecting& run, NodeId call, NodeId callee) {
   CdfgSetJump(graph, call, record->function);
 }
 
+// Gives every call of a function a copy for the module.
+Deep<> UseCopies(Collecting& run, NodeId function) {
+  for (const NodeId call : CallsOf(run, function, Values::CallsAsOftenAsMet)) {
+    const NodeId callee = CdfgGetJump(run.graph, call);
+    if (CdfgHasNode(run.graph, callee) != 0) co_await UseCopy(run, call, callee);
+  }
+}
+
 // The functions that a function calls, each where it is first called.
-Deep<std::vector<NodeId>> FindCallees(Collecting& run, NodeId function) {
-  const auto known = run.callees.find(function);
-  if (known != run.callees.end()) co_return known->second;
-  std::vector<NodeId> found;
-  run.found = &found;
-  co_await WalkFunction(run, function);
-  run.found = nullptr;
+std::vector<NodeId> FindCallees(Collecting& run, NodeId function) {
+  const auto [entry, is_new] = run.callees.try_emplace(function);
+  if (!is_new) return entry->second;
   IdSet met;
-  std::erase_if(found, [&](NodeId callee) { return !met.insert(callee).second; });
-  run.callees.emplace(function, found);
-  co_return found;
+  for (const NodeId call : CallsOf(run, function, Values::Calls)) {
+    const NodeId callee = CdfgGetJump(run.graph, call);
+    if (CdfgHasNode(run.graph, callee) == 0 || !met.insert(callee).second) continue;
+    entry->second.push_back(callee);
+  }
+  return entry->second;
 }
 
 // Records what a function calls, and what that calls in turn, as used by a module without prefix.
 Deep<> UseCallees(Collecting& run, NodeId function) {
-  for (const NodeId callee : co_await FindCallees(run, function)) {
+  for (const NodeId callee : FindCallees(run, function)) {
     const char* name = CdfgGetAttrStr(run.graph, callee, CfgFunc_NAME);
     const char* file = CdfgGetFileName(run.graph, callee);
     if (FindModuleInstance(run.module, callee, name, file) != nullptr) continue;
     PushModuleInstance(run.module, callee, callee, name, file);
     co_await UseCallees(run, callee);
-  }
-}
-
-Deep<> HandleCall(Collecting& run, NodeId call) {
-  if (run.module == nullptr) {
-    RecordMarkedCallee(run.graph, call);
-    co_return;
-  }
-  const NodeId callee = CdfgGetJump(run.graph, call);
-  if (CdfgHasNode(run.graph, callee) == 0) co_return;
-  if (run.found != nullptr) {
-    run.found->push_back(callee);
-  } else {
-    co_await UseCopy(run, call, callee);
   }
 }
 
@@ -330,11 +373,12 @@ void CopyPrototypes(CdfgGraph* graph, NodeId elements, const CopiesByName& copie
 
 // --- The phases ----------------------------------------------------------------------------------
 
-Deep<> RunPhase1(Collecting& run) {
+void RunPhase1(Collecting& run) {
+  CallSearch search(run.graph, Values::Nothing, run.calls);
   for (const NodeId file : CdfgGetFiles(run.graph)) {
-    co_await WalkStatements(run, CdfgGetAttr(run.graph, file, CfgFileinfo_ELEMENT),
-                            StatementScope::Elements);
+    FindInElements(run, search, CdfgGetAttr(run.graph, file, CfgFileinfo_ELEMENT));
   }
+  for (const NodeId call : run.calls) RecordMarkedCallee(run.graph, call);
 }
 
 Deep<> RunPhase2(Collecting& run) {
@@ -344,7 +388,8 @@ Deep<> RunPhase2(Collecting& run) {
     } else {
       run.origins.clear();
       run.callees.clear();  // calls are redirected now
-      co_await WalkFunction(run, run.module->function);
+      run.calls_of.clear();
+      co_await UseCopies(run, run.module->function);
     }
   }
 }
@@ -359,8 +404,8 @@ void RunPhase3(CdfgGraph* graph) {
 }  // namespace
 
 int CollectModuleFunctions(CdfgGraph* graph) {
-  Collecting run{graph, nullptr};
-  RunDeep(RunPhase1(run));
+  Collecting run{graph};
+  RunPhase1(run);
   RunDeep(RunPhase2(run));
   RunPhase3(graph);
   return 0;
