@@ -36,10 +36,6 @@ bool IsBlocking(const CdfgGraph* graph, NodeId node) {
   return CdfgGetKind(graph, node) == DFG_EDGE_BLOCKING;
 }
 
-bool IsChained(const CdfgGraph* graph, NodeId root) {
-  return IsBlocking(graph, root) && IsBlocking(graph, CdfgGetNext(graph, root));
-}
-
 // The edges of a = b = c, that of a first.
 std::vector<NodeId> CollectEdges(const CdfgGraph* graph, NodeId outermost) {
   std::vector<NodeId> edges;
@@ -67,7 +63,6 @@ void InsertBehind(CdfgGraph* graph, NodeId statement, NodeId added) {
 // The statement keeps the innermost assignment; the others follow it from the inside outwards.
 void SplitAssignments(CdfgGraph* graph, NodeId statement) {
   const NodeId root = RootOf(graph, statement);
-  if (!IsChained(graph, root)) return;
   const std::vector<NodeId> edges = CollectEdges(graph, root);
   CdfgSetAttrNode(graph, statement, DfgOpeman_OPE, edges.back());
   NodeId last = statement;
@@ -95,6 +90,40 @@ void DropFurtherReferences(CdfgGraph* graph, NodeId reference) {
   CdfgSetNext(graph, reference, behind);
   // The prev of an assignment is its target.
   if (!IsBlocking(graph, behind)) CdfgSetPrev(graph, behind, reference);
+}
+
+bool HasNothingInside(const CdfgGraph* graph, NodeId port) {
+  return CdfgGetAttr(graph, port, DfgPort_DIMNODE) == 0 &&
+         CdfgGetAttr(graph, port, DfgPort_STRSON) == 0;
+}
+
+// Whether an operand is clean as it stands: one reference at most, in front of a plain variable, a
+// constant or the like. Most are; and nothing that is cleaned elsewhere changes that.
+bool IsCleanOperand(const CdfgGraph* graph, NodeId first) {
+  if (first == 0) return true;
+  NodeId value = first;
+  std::uint32_t kind = CdfgGetKind(graph, value);
+  if (kind == DFG_EDGE_PRESEDE) {
+    value = CdfgGetNext(graph, value);
+    kind = CdfgGetKind(graph, value);
+  }
+  if (kind == DFG_EDGE_PRESEDE || kind == DFG_FUNC_CALL || kind == DFG_OPERATION) return false;
+  if (IsReadPort(kind) && !HasNothingInside(graph, value)) return false;
+  return CdfgGetNext(graph, value) == 0;
+}
+
+// The same for what a statement assigns or tests, of which one operation may be part.
+bool IsCleanValue(const CdfgGraph* graph, NodeId value) {
+  if (CdfgGetKind(graph, value) != DFG_OPERATION) return IsCleanOperand(graph, value);
+  return CdfgGetNext(graph, value) == 0 &&
+         IsCleanOperand(graph, CdfgGetAttr(graph, value, DfgOpe_LEFT)) &&
+         IsCleanOperand(graph, CdfgGetAttr(graph, value, DfgOpe_RIGHT)) &&
+         IsCleanOperand(graph, CdfgGetAttr(graph, value, DfgOpe_COND));
+}
+
+bool IsCleanTarget(const CdfgGraph* graph, NodeId target) {
+  const std::uint32_t kind = CdfgGetKind(graph, target);
+  return kind != DFG_INPUT_VAR && (kind != DFG_OUTPUT_VAR || HasNothingInside(graph, target));
 }
 
 // The walk of references through one statement after the other.
@@ -132,7 +161,10 @@ void CleanNode(Cleanup& run, NodeId node) {
   } else if (kind == DFG_FUNC_CALL) {
     walk.Enter(CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST), kArguments);
   } else if (kind == DFG_OPERATION) {
-    walk.EnterOperands(node, kExpression);
+    for (const std::uint32_t side : {DfgOpe_LEFT, DfgOpe_RIGHT, DfgOpe_COND}) {
+      const NodeId operand = CdfgGetAttr(graph, node, side);
+      if (!IsCleanOperand(graph, operand)) walk.Enter(operand, kExpression);
+    }
   }
 }
 
@@ -215,13 +247,16 @@ NodeId ConvertBranch(CdfgGraph* graph, NodeId statement, NodeId branch, const Ex
   return MakeInput(graph, branch, variable);
 }
 
+bool IsConditional(const CdfgGraph* graph, NodeId value) {
+  return CdfgGetKind(graph, value) == DFG_OPERATION &&
+         CdfgGetAttrInt(graph, value, DfgOpe_TYPE) == CALC_LogCond;
+}
+
 // The conditional that a statement assigns, 0 if it does not.
 NodeId AssignedConditional(const CdfgGraph* graph, NodeId root) {
   if (!CdfgIsAssignment(CdfgGetKind(graph, root))) return 0;
   const NodeId value = CdfgGetNext(graph, root);
-  const bool is_conditional = CdfgGetKind(graph, value) == DFG_OPERATION &&
-                              CdfgGetAttrInt(graph, value, DfgOpe_TYPE) == CALC_LogCond;
-  return is_conditional ? value : 0;
+  return IsConditional(graph, value) ? value : 0;
 }
 
 void ConvertBranches(CdfgGraph* graph, NodeId statement) {
@@ -242,13 +277,45 @@ void ConvertBranches(CdfgGraph* graph, NodeId statement) {
 
 // --- The statements of module code ---------------------------------------------------------------
 
+// What a list has shown of itself in step 1, of which the other two need nothing more.
+struct Needs {
+  bool cleaning = false;
+  bool conversion = false;
+};
+
+// Step 1 for one statement.
+void SplitStatement(CdfgGraph* graph, NodeId statement, Needs& needs) {
+  NodeId root = RootOf(graph, statement);
+  const std::uint32_t kind = CdfgGetKind(graph, root);
+  NodeId value = root;
+  if (CdfgIsAssignment(kind)) {
+    value = CdfgGetNext(graph, root);
+    if (kind == DFG_EDGE_BLOCKING && IsBlocking(graph, value)) {
+      SplitAssignments(graph, statement);
+      root = RootOf(graph, statement);
+      value = CdfgGetNext(graph, root);
+    }
+    if (IsConditional(graph, value)) needs.conversion = true;
+  }
+  if (needs.cleaning) return;
+  const bool is_clean =
+      IsCleanValue(graph, value) &&
+      (kind != DFG_EDGE_BLOCKING || IsCleanTarget(graph, CdfgGetPrev(graph, root)));
+  if (!is_clean) needs.cleaning = true;
+}
+
 void RemakeDatapath(Cleanup& run, NodeId datapath) {
   CdfgGraph* graph = run.graph;
   const NodeId first = CdfgGetAttr(graph, datapath, CfgDatapath_OPELIST);
+  Needs needs;
   // Meets the statements that it makes; none of them is chained.
-  for (const NodeId statement : NextChain(graph, first)) SplitAssignments(graph, statement);
-  for (const NodeId statement : NextChain(graph, first)) TidyStatement(run, statement);
-  for (const NodeId statement : NextChain(graph, first)) ConvertBranches(graph, statement);
+  for (const NodeId statement : NextChain(graph, first)) SplitStatement(graph, statement, needs);
+  if (needs.cleaning) {
+    for (const NodeId statement : NextChain(graph, first)) TidyStatement(run, statement);
+  }
+  if (needs.conversion) {
+    for (const NodeId statement : NextChain(graph, first)) ConvertBranches(graph, statement);
+  }
 }
 
 void RemakeFunction(CdfgGraph* graph, NodeId function) {
