@@ -20,15 +20,16 @@
 //   3. hoist what was noted in front of the definition that it was found in.
 #include "passes/modify_structure.h"
 
-#include <deque>
+#include <cstring>
 #include <string>
-#include <vector>
 
 #include "cdfg/chain.h"
-#include "cdfg/deep.h"
 #include "cdfg/edit.h"
 #include "cdfg/hash.h"
+#include "cdfg/hash_index.h"
+#include "cdfg/id_bits.h"
 #include "cdfg/kinds.h"
+#include "cdfg/large_pages.h"
 #include "cdfg/name_set.h"
 #include "cdfg/runaway.h"
 #include "cdfg/walk.h"
@@ -43,48 +44,107 @@ constexpr std::size_t kLinksPerNode = 8;
 // Goes on counting in later runs of the pass: tags stay unique in the process.
 int tag_counter = 1;
 
+// Groups, entries and links lie one behind the other, each sort in a list of its own, and know each
+// other by place.
+using Place = std::uint32_t;
+constexpr Place kNoPlace = HashIndex::kNone;
+
+// A list of records that are linked by `next`.
+struct PlaceList {
+  Place first = kNoPlace;
+  Place last = kNoPlace;
+};
+
 // A nested definition found: the member, the CFG_STRUCT_DEF that it names, the CFG_STRUCT in that.
 struct NestedStructLink {
   NodeId member;
   NodeId definition;
   NodeId structure;
+  Place next = kNoPlace;
 };
 
 // One definition of a tag.
 struct StructEntry {
   NodeId definition;
   NodeId structure;
-  std::vector<NestedStructLink> links;  // outer ones before those nested in them
+  Place next = kNoPlace;
+  PlaceList links = {};  // outer ones before those nested in them
 };
 
-// All definitions of one tag in one file.
-struct StructGroup {
-  std::vector<StructEntry> entries;
+// All definitions of one tag in one file: a list of entries.
+using StructGroup = PlaceList;
+
+// Where the walk of one entry stands in a structure.
+struct Cursor {
+  Place entry;
+  NodeId member;  // a CFG_DECLARE; 0: no more members
+  ChainGuard guard = {};
+};
+
+// A structure whose members are being walked, with the cursors in it, which reach to those of the
+// structure inside it.
+struct Level {
+  NodeId structure;
+  std::size_t first_cursor;
 };
 
 struct Modifying {
   CdfgGraph* graph;
-  std::deque<StructGroup> groups = {};  // newest first
-  TextMap<StructGroup*> groups_by_key = {};
-  IdSet expanding = {};  // structures whose members are being walked
-  IdSet hoisted = {};
-  std::size_t links = 0;  // in all entries
+  LargeVector<StructGroup> groups = {};
+  LargeVector<StructEntry> entries = {};
+  LargeVector<NestedStructLink> links = {};
+  HashIndex groups_by_key = {};
+  LargeVector<Level> levels = {};  // outermost first
+  LargeVector<Cursor> cursors = {};
+  IdBits expanding = {};  // structures whose members are being walked
+  IdBits hoisted = {};
 };
+
+template <class Record>
+void AppendTo(PlaceList& list, LargeVector<Record>& records, const Record& record) {
+  const auto place = static_cast<Place>(records.size());
+  records.push_back(record);
+  if (list.first == kNoPlace) {
+    list.first = place;
+  } else {
+    records[list.last].next = place;
+  }
+  list.last = place;
+}
 
 // --- Phase 1: groups -----------------------------------------------------------------------------
 
-std::string GroupKey(const char* tag, const char* file) {
-  std::string key(tag);
-  key.push_back('\0');
-  return file == nullptr ? key : key.append("f").append(file);
+// What a tagged structure is grouped by.
+struct GroupKey {
+  const char* tag;
+  const char* file;  // may be null
+};
+
+GroupKey KeyOf(const CdfgGraph* graph, NodeId structure) {
+  return {CdfgGetAttrStr(graph, structure, CfgStruct_TAGNAME), CdfgGetFileName(graph, structure)};
+}
+
+std::size_t HashOf(const GroupKey& key) {
+  const std::size_t file = key.file == nullptr ? 0 : TextHash{}(key.file);
+  return TextHash{}(key.tag) ^ (file << 4);  // tags of one file stay neighbours
+}
+
+bool IsSameText(const char* text, const char* other) {
+  if (text == other) return true;
+  return text != nullptr && other != nullptr && std::strcmp(text, other) == 0;
 }
 
 void AddToGroup(Modifying& run, NodeId definition, NodeId structure) {
-  const char* tag = CdfgGetAttrStr(run.graph, structure, CfgStruct_TAGNAME);
-  if (tag == nullptr) return;
-  StructGroup*& group = run.groups_by_key[GroupKey(tag, CdfgGetFileName(run.graph, structure))];
-  if (group == nullptr) group = &run.groups.emplace_front();
-  group->entries.push_back({definition, structure, {}});
+  const CdfgGraph* graph = run.graph;
+  const GroupKey key = KeyOf(graph, structure);
+  if (key.tag == nullptr) return;
+  const auto next = static_cast<Place>(run.groups.size());
+  const Place group = run.groups_by_key.FindOrAdd(HashOf(key), next, [&](Place other) {
+    const GroupKey found = KeyOf(graph, run.entries[run.groups[other].first].structure);
+    return IsSameText(found.file, key.file) && IsSameText(found.tag, key.tag);
+  });
+  if (group == next) run.groups.emplace_back();
+  AppendTo(run.groups[group], run.entries, {definition, structure});
 }
 
 void GroupStructures(Modifying& run, NodeId elements) {
@@ -105,13 +165,6 @@ void GroupStructures(Modifying& run, NodeId elements) {
 
 // --- Phase 2: nested definitions -----------------------------------------------------------------
 
-// Where the walk of one entry stands in the structure at hand.
-struct Cursor {
-  StructEntry* entry;
-  NodeId member;  // a CFG_DECLARE; 0: no more members
-  ChainGuard guard = {};
-};
-
 // Moves on from `node`, which is looked at itself, to the next declaration.
 void MoveToDeclaration(const CdfgGraph* graph, Cursor& cursor, NodeId node) {
   while (node != 0) {
@@ -123,103 +176,112 @@ void MoveToDeclaration(const CdfgGraph* graph, Cursor& cursor, NodeId node) {
 }
 
 // An entry without further members has no part in what follows; the first one always stays.
-void DropExhausted(std::vector<Cursor>& cursors) {
-  const auto is_exhausted = [&](const Cursor& cursor) {
-    return cursor.member == 0 && &cursor != &cursors.front();
-  };
-  std::vector<Cursor> rest;
-  for (const Cursor& cursor : cursors) {
-    if (!is_exhausted(cursor)) rest.push_back(cursor);
+void DropExhausted(Modifying& run) {
+  std::size_t kept = run.levels.back().first_cursor + 1;
+  for (std::size_t i = kept; i < run.cursors.size(); ++i) {
+    if (run.cursors[i].member != 0) run.cursors[kept++] = run.cursors[i];
   }
-  if (rest.size() != cursors.size()) cursors.swap(rest);
-}
-
-NodeId OriginOf(const CdfgGraph* graph, NodeId member) {
-  return CdfgGetAttr(graph, member, CfgDecl_STRUCTORGNODE);
-}
-
-// Whether the member is a structure that is defined in place and not being walked already.
-bool IsDefinedInPlace(const Modifying& run, NodeId member) {
-  const CdfgGraph* graph = run.graph;
-  if (CdfgGetAttrInt(graph, member, CfgDecl_VALTYPE) != DECL_VALTYPE_STRUCT) return false;
-  const NodeId origin = OriginOf(graph, member);
-  if (CdfgGetKind(graph, origin) != CFG_STRUCT_DEF) return false;
-  return !run.expanding.contains(CdfgGetAttr(graph, origin, CfgStructDef_STRUCT));
+  run.cursors.resize(kept);
 }
 
 NestedStructLink LinkOf(const CdfgGraph* graph, NodeId member) {
-  const NodeId origin = OriginOf(graph, member);
+  const NodeId origin = CdfgGetAttr(graph, member, CfgDecl_STRUCTORGNODE);
   const bool is_definition = CdfgGetKind(graph, origin) == CFG_STRUCT_DEF;
   return {member, origin, is_definition ? CdfgGetAttr(graph, origin, CfgStructDef_STRUCT) : 0};
 }
 
-void CountLink(Modifying& run, NodeId member) {
-  if (++run.links > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
-    CdfgStopEndless(member);
+// Whether the member is a structure that is defined in place and not being walked already.
+bool IsDefinedInPlace(const Modifying& run, const NestedStructLink& link) {
+  const CdfgGraph* graph = run.graph;
+  if (CdfgGetAttrInt(graph, link.member, CfgDecl_VALTYPE) != DECL_VALTYPE_STRUCT) return false;
+  if (CdfgGetKind(graph, link.definition) != CFG_STRUCT_DEF) return false;
+  return !run.expanding.Contains(link.structure);
+}
+
+void AddLink(Modifying& run, Place entry, const NestedStructLink& link) {
+  AppendTo(run.entries[entry].links, run.links, link);
+  if (run.links.size() > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
+    CdfgStopEndless(link.member);
   }
 }
 
-// Notes the nested definitions at the cursors. They get one tag if the first has none.
-void NoteNested(Modifying& run, std::vector<Cursor>& cursors) {
+// Notes the nested definitions at the cursors of the innermost level. They get one tag if the first
+// has none.
+void NoteNested(Modifying& run) {
   std::string tag;
-  for (Cursor& cursor : cursors) {
-    const NestedStructLink link = LinkOf(run.graph, cursor.member);
-    cursor.entry->links.push_back(link);
-    CountLink(run, cursor.member);
-    const bool is_first = &cursor == &cursors.front();
-    if (is_first && CdfgGetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME) == nullptr) {
+  const std::size_t first = run.levels.back().first_cursor;
+  for (std::size_t i = first; i < run.cursors.size(); ++i) {
+    const NestedStructLink link = LinkOf(run.graph, run.cursors[i].member);
+    AddLink(run, run.cursors[i].entry, link);
+    if (i == first && CdfgGetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME) == nullptr) {
       tag = NameSetFresh("__ss_tag_", 1, &tag_counter);
     }
     if (!tag.empty()) CdfgSetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME, tag.c_str());
   }
 }
 
-// The cursors at the first members of the structures that the members at `cursors` have.
-std::vector<Cursor> CursorsInside(const CdfgGraph* graph, const std::vector<Cursor>& cursors) {
-  std::vector<Cursor> inside;
-  for (const Cursor& cursor : cursors) {
-    NodeId structure = OriginOf(graph, cursor.member);
-    if (CdfgGetKind(graph, structure) == CFG_STRUCT_DEF) {
-      structure = CdfgGetAttr(graph, structure, CfgStructDef_STRUCT);
-    }
-    inside.push_back({cursor.entry, 0});
-    MoveToDeclaration(graph, inside.back(), CdfgGetAttr(graph, structure, CfgStruct_MEMBER));
+void AddCursor(Modifying& run, Place entry, NodeId structure) {
+  Cursor& cursor = run.cursors.emplace_back(Cursor{entry, 0});
+  MoveToDeclaration(run.graph, cursor, CdfgGetAttr(run.graph, structure, CfgStruct_MEMBER));
+}
+
+void OpenLevel(Modifying& run, NodeId structure) {
+  run.expanding.Add(structure);
+  run.levels.push_back({structure, run.cursors.size()});
+}
+
+// Goes into the structures that the members at the cursors have; `structure` is the first of them.
+void EnterMembers(Modifying& run, NodeId structure) {
+  const CdfgGraph* graph = run.graph;
+  const std::size_t outer = run.levels.back().first_cursor;
+  OpenLevel(run, structure);
+  const std::size_t end = run.cursors.size();
+  for (std::size_t i = outer; i < end; ++i) {
+    const NestedStructLink link = LinkOf(graph, run.cursors[i].member);
+    const bool is_definition = CdfgGetKind(graph, link.definition) == CFG_STRUCT_DEF;
+    AddCursor(run, run.cursors[i].entry, is_definition ? link.structure : link.definition);
   }
-  DropExhausted(inside);
-  return inside;
+  DropExhausted(run);
+}
+
+// Moves all cursors of the innermost level on to the next member.
+void MoveOn(Modifying& run) {
+  for (std::size_t i = run.levels.back().first_cursor; i < run.cursors.size(); ++i) {
+    Cursor& cursor = run.cursors[i];
+    MoveToDeclaration(run.graph, cursor, CdfgGetNext(run.graph, cursor.member));
+  }
+  DropExhausted(run);
+}
+
+void CloseLevel(Modifying& run) {
+  const Level& level = run.levels.back();
+  run.expanding.Remove(level.structure);
+  run.cursors.resize(level.first_cursor);
+  run.levels.pop_back();
 }
 
 // The first entry decides what is nested; the members of the others follow in step.
-Deep<> Expand(Modifying& run, std::vector<Cursor> cursors) {
-  const CdfgGraph* graph = run.graph;
-  while (cursors.front().member != 0) {
-    const NodeId member = cursors.front().member;
-    if (IsDefinedInPlace(run, member)) {
-      NoteNested(run, cursors);
-      const NodeId structure = LinkOf(graph, member).structure;
-      run.expanding.insert(structure);
-      co_await Expand(run, CursorsInside(graph, cursors));
-      run.expanding.erase(structure);
-    }
-    for (Cursor& cursor : cursors) {
-      MoveToDeclaration(graph, cursor, CdfgGetNext(graph, cursor.member));
-    }
-    DropExhausted(cursors);
+void ExpandGroup(Modifying& run, const StructGroup& group) {
+  OpenLevel(run, run.entries[group.first].structure);
+  for (Place place = group.first; place != kNoPlace; place = run.entries[place].next) {
+    AddCursor(run, place, run.entries[place].structure);
   }
-}
-
-void ExpandGroup(Modifying& run, StructGroup& group) {
-  std::vector<Cursor> cursors;
-  for (StructEntry& entry : group.entries) {
-    cursors.push_back({&entry, 0});
-    const NodeId first = CdfgGetAttr(run.graph, entry.structure, CfgStruct_MEMBER);
-    MoveToDeclaration(run.graph, cursors.back(), first);
+  DropExhausted(run);
+  while (!run.levels.empty()) {
+    const NodeId member = run.cursors[run.levels.back().first_cursor].member;
+    if (member == 0) {
+      CloseLevel(run);
+      if (!run.levels.empty()) MoveOn(run);
+      continue;
+    }
+    const NestedStructLink link = LinkOf(run.graph, member);
+    if (IsDefinedInPlace(run, link)) {
+      NoteNested(run);
+      EnterMembers(run, link.structure);
+    } else {
+      MoveOn(run);
+    }
   }
-  DropExhausted(cursors);
-  const NodeId outermost = group.entries.front().structure;
-  run.expanding.insert(outermost);
-  RunDeep(Expand(run, std::move(cursors)));
-  run.expanding.erase(outermost);
 }
 
 // --- Phase 3: hoisting ---------------------------------------------------------------------------
@@ -245,7 +307,7 @@ void HoistLink(Modifying& run, const StructEntry& entry, const NestedStructLink&
                Hoist& hoist) {
   CdfgGraph* graph = run.graph;
   CdfgSetAttrNode(graph, link.member, CfgDecl_STRUCTORGNODE, link.structure);
-  if (link.definition == entry.definition || !run.hoisted.insert(link.definition).second) return;
+  if (link.definition == entry.definition || !run.hoisted.Add(link.definition)) return;
   const char* file = CdfgGetFileName(graph, entry.definition);
   if (file != nullptr) CdfgSetFileName(graph, link.definition, file);
   AddToHoist(graph, hoist, link.definition);
@@ -265,10 +327,17 @@ void InsertInFront(CdfgGraph* graph, NodeId definition, const Hoist& hoist) {
 
 void HoistEntry(Modifying& run, const StructEntry& entry) {
   Hoist hoist;
-  for (const NestedStructLink& link : entry.links) {
+  for (Place place = entry.links.first; place != kNoPlace; place = run.links[place].next) {
+    const NestedStructLink& link = run.links[place];
     if (link.definition != 0) HoistLink(run, entry, link, hoist);
   }
   if (hoist.first != 0) InsertInFront(run.graph, entry.definition, hoist);
+}
+
+void HoistGroup(Modifying& run, const StructGroup& group) {
+  for (Place place = group.first; place != kNoPlace; place = run.entries[place].next) {
+    HoistEntry(run, run.entries[place]);
+  }
 }
 
 }  // namespace
@@ -280,10 +349,8 @@ int ModifyStructures(CdfgGraph* graph) {
   for (const NodeId file : CdfgGetFiles(graph)) {
     GroupStructures(run, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT));
   }
-  for (StructGroup& group : run.groups) ExpandGroup(run, group);
-  if (run.links == 0) return 0;
-  for (const StructGroup& group : run.groups) {
-    for (const StructEntry& entry : group.entries) HoistEntry(run, entry);
-  }
+  for (std::size_t i = run.groups.size(); i-- > 0;) ExpandGroup(run, run.groups[i]);
+  if (run.links.empty()) return 0;
+  for (std::size_t i = run.groups.size(); i-- > 0;) HoistGroup(run, run.groups[i]);
   return 0;
 }
