@@ -9,8 +9,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
-#include <new>
-#include <vector>
 
 #include "cdfg/memory.h"
 
@@ -51,28 +49,3 @@ Chunk<Element> MakeChunk(std::size_t count) {
   if (memory == nullptr) memory = MemRealloc(nullptr, size);
   return Chunk<Element>(static_cast<Element*>(memory));
 }
-
-// Memory of the same sort for the elements of a container.
-template <class Element>
-struct LargePageAllocator {
-  using value_type = Element;
-
-  LargePageAllocator() = default;
-  template <class Other>
-  LargePageAllocator(const LargePageAllocator<Other>&) {}
-
-  Element* allocate(std::size_t count) {
-    Element* elements = MakeChunk<Element>(count).release();
-    if (elements == nullptr) throw std::bad_alloc();
-    return elements;
-  }
-  void deallocate(Element* elements, std::size_t) { std::free(elements); }
-
-  template <class Other>
-  bool operator==(const LargePageAllocator<Other>&) const {
-    return true;
-  }
-};
-// Records of which there may be as many as nodes.
-template <class Element>
-using LargeVector = std::vector<Element, LargePageAllocator<Element>>;

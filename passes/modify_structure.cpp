@@ -29,8 +29,9 @@
 #include "cdfg/hash_index.h"
 #include "cdfg/id_bits.h"
 #include "cdfg/kinds.h"
-#include "cdfg/large_pages.h"
 #include "cdfg/name_set.h"
+#include "cdfg/read_ahead.h"
+#include "cdfg/records.h"
 #include "cdfg/runaway.h"
 #include "cdfg/walk.h"
 
@@ -40,6 +41,12 @@ namespace {
 // often that their number doubles with every level have more, and nobody lives to see them hoisted.
 constexpr std::size_t kLinksAtLeast = 1'000'000;
 constexpr std::size_t kLinksPerNode = 8;
+
+// How far ahead memory is asked for: attributes by so many records, nodes by twice as many.
+constexpr std::size_t kFewAhead = 8;
+// A member, the definition in it and the structure in that, with what they usually have.
+constexpr std::uintptr_t kNested = 5;
+constexpr std::uintptr_t kNestedAttributes = 18;
 
 // Goes on counting in later runs of the pass: tags stay unique in the process.
 int tag_counter = 1;
@@ -90,26 +97,42 @@ struct Level {
 
 struct Modifying {
   CdfgGraph* graph;
-  LargeVector<StructGroup> groups = {};
-  LargeVector<StructEntry> entries = {};
-  LargeVector<NestedStructLink> links = {};
+  Records<StructGroup> groups = {};
+  Records<StructEntry> entries = {};
+  Records<NestedStructLink> links = {};
   HashIndex groups_by_key = {};
-  LargeVector<Level> levels = {};  // outermost first
-  LargeVector<Cursor> cursors = {};
+  Records<Level> levels = {};  // outermost first
+  Records<Cursor> cursors = {};
   IdBits expanding = {};  // structures whose members are being walked
   IdBits hoisted = {};
 };
 
 template <class Record>
-void AppendTo(PlaceList& list, LargeVector<Record>& records, const Record& record) {
-  const auto place = static_cast<Place>(records.size());
-  records.push_back(record);
+void AppendTo(PlaceList& list, Records<Record>& records, const Record& record) {
+  const auto place = static_cast<Place>(records.Size());
+  records.Add(record);
   if (list.first == kNoPlace) {
     list.first = place;
   } else {
     records[list.last].next = place;
   }
   list.last = place;
+}
+
+// --- Reading ahead -------------------------------------------------------------------------------
+
+// Asks for the nodes named by the records behind the one at a place, `kNodes` from each on with
+// `kAttributes`. Records are mostly used in their order; where they are not, asking does no harm.
+template <std::uintptr_t kNodes, std::uintptr_t kAttributes, class Record>
+void ExpectAhead(const CdfgGraph* graph, const Records<Record>& records, std::size_t place,
+                 NodeId Record::*node) {
+  const std::size_t left = records.Size() - place;
+  if (left > 2 * kFewAhead) {
+    CdfgExpectNodes<kNodes>(graph, records[place + 2 * kFewAhead].*node);
+  }
+  if (kAttributes > 0 && left > kFewAhead) {
+    CdfgExpectAttributes<kAttributes>(graph, records[place + kFewAhead].*node);
+  }
 }
 
 // --- Phase 1: groups -----------------------------------------------------------------------------
@@ -138,12 +161,12 @@ void AddToGroup(Modifying& run, NodeId definition, NodeId structure) {
   const CdfgGraph* graph = run.graph;
   const GroupKey key = KeyOf(graph, structure);
   if (key.tag == nullptr) return;
-  const auto next = static_cast<Place>(run.groups.size());
+  const auto next = static_cast<Place>(run.groups.Size());
   const Place group = run.groups_by_key.FindOrAdd(HashOf(key), next, [&](Place other) {
     const GroupKey found = KeyOf(graph, run.entries[run.groups[other].first].structure);
     return IsSameText(found.file, key.file) && IsSameText(found.tag, key.tag);
   });
-  if (group == next) run.groups.emplace_back();
+  if (group == next) run.groups.Add({});
   AppendTo(run.groups[group], run.entries, {definition, structure});
 }
 
@@ -177,11 +200,11 @@ void MoveToDeclaration(const CdfgGraph* graph, Cursor& cursor, NodeId node) {
 
 // An entry without further members has no part in what follows; the first one always stays.
 void DropExhausted(Modifying& run) {
-  std::size_t kept = run.levels.back().first_cursor + 1;
-  for (std::size_t i = kept; i < run.cursors.size(); ++i) {
+  std::size_t kept = run.levels.Last().first_cursor + 1;
+  for (std::size_t i = kept; i < run.cursors.Size(); ++i) {
     if (run.cursors[i].member != 0) run.cursors[kept++] = run.cursors[i];
   }
-  run.cursors.resize(kept);
+  run.cursors.Cut(kept);
 }
 
 NestedStructLink LinkOf(const CdfgGraph* graph, NodeId member) {
@@ -200,7 +223,7 @@ bool IsDefinedInPlace(const Modifying& run, const NestedStructLink& link) {
 
 void AddLink(Modifying& run, Place entry, const NestedStructLink& link) {
   AppendTo(run.entries[entry].links, run.links, link);
-  if (run.links.size() > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
+  if (run.links.Size() > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
     CdfgStopEndless(link.member);
   }
 }
@@ -209,8 +232,9 @@ void AddLink(Modifying& run, Place entry, const NestedStructLink& link) {
 // has none.
 void NoteNested(Modifying& run) {
   std::string tag;
-  const std::size_t first = run.levels.back().first_cursor;
-  for (std::size_t i = first; i < run.cursors.size(); ++i) {
+  const std::size_t first = run.levels.Last().first_cursor;
+  for (std::size_t i = first; i < run.cursors.Size(); ++i) {
+    ExpectAhead<kNested, kNestedAttributes>(run.graph, run.cursors, i, &Cursor::member);
     const NestedStructLink link = LinkOf(run.graph, run.cursors[i].member);
     AddLink(run, run.cursors[i].entry, link);
     if (i == first && CdfgGetAttrStr(run.graph, link.structure, CfgStruct_TAGNAME) == nullptr) {
@@ -221,32 +245,38 @@ void NoteNested(Modifying& run) {
 }
 
 void AddCursor(Modifying& run, Place entry, NodeId structure) {
-  Cursor& cursor = run.cursors.emplace_back(Cursor{entry, 0});
+  Cursor& cursor = run.cursors.Add({entry, 0});
   MoveToDeclaration(run.graph, cursor, CdfgGetAttr(run.graph, structure, CfgStruct_MEMBER));
 }
 
 void OpenLevel(Modifying& run, NodeId structure) {
   run.expanding.Add(structure);
-  run.levels.push_back({structure, run.cursors.size()});
+  run.levels.Add({structure, run.cursors.Size()});
 }
 
-// Goes into the structures that the members at the cursors have; `structure` is the first of them.
-void EnterMembers(Modifying& run, NodeId structure) {
-  const CdfgGraph* graph = run.graph;
-  const std::size_t outer = run.levels.back().first_cursor;
-  OpenLevel(run, structure);
-  const std::size_t end = run.cursors.size();
-  for (std::size_t i = outer; i < end; ++i) {
-    const NestedStructLink link = LinkOf(graph, run.cursors[i].member);
-    const bool is_definition = CdfgGetKind(graph, link.definition) == CFG_STRUCT_DEF;
-    AddCursor(run, run.cursors[i].entry, is_definition ? link.structure : link.definition);
+// The structure that a noted member has.
+NodeId StructureOf(const CdfgGraph* graph, const NestedStructLink& link) {
+  if (link.structure != 0) return link.structure;
+  return CdfgGetKind(graph, link.definition) == CFG_STRUCT_DEF ? 0 : link.definition;
+}
+
+// Goes into the structures of the members at the cursors, which were noted last.
+void EnterMembers(Modifying& run) {
+  const std::size_t outer = run.levels.Last().first_cursor;
+  const std::size_t count = run.cursors.Size() - outer;
+  const std::size_t noted = run.links.Size() - count;
+  OpenLevel(run, run.links[noted].structure);
+  for (std::size_t i = 0; i < count; ++i) {
+    ExpectAhead<2, 2>(run.graph, run.links, noted + i, &NestedStructLink::structure);
+    AddCursor(run, run.cursors[outer + i].entry, StructureOf(run.graph, run.links[noted + i]));
   }
   DropExhausted(run);
 }
 
 // Moves all cursors of the innermost level on to the next member.
 void MoveOn(Modifying& run) {
-  for (std::size_t i = run.levels.back().first_cursor; i < run.cursors.size(); ++i) {
+  for (std::size_t i = run.levels.Last().first_cursor; i < run.cursors.Size(); ++i) {
+    ExpectAhead<1, 0>(run.graph, run.cursors, i, &Cursor::member);
     Cursor& cursor = run.cursors[i];
     MoveToDeclaration(run.graph, cursor, CdfgGetNext(run.graph, cursor.member));
   }
@@ -254,30 +284,44 @@ void MoveOn(Modifying& run) {
 }
 
 void CloseLevel(Modifying& run) {
-  const Level& level = run.levels.back();
+  const Level& level = run.levels.Last();
   run.expanding.Remove(level.structure);
-  run.cursors.resize(level.first_cursor);
-  run.levels.pop_back();
+  run.cursors.Cut(level.first_cursor);
+  run.levels.Cut(run.levels.Size() - 1);
+}
+
+// Groups are expanded backwards.
+void ExpectGroup(const Modifying& run, std::size_t group) {
+  const auto structure_of = [&](std::size_t other) {
+    return run.entries[run.groups[other].first].structure;
+  };
+  if (group >= 2 * kFewAhead) {
+    CdfgExpectNodes<1 + kNested>(run.graph, structure_of(group - 2 * kFewAhead));
+  }
+  if (group >= kFewAhead) {
+    CdfgExpectAttributes<2 + kNestedAttributes>(run.graph, structure_of(group - kFewAhead));
+  }
 }
 
 // The first entry decides what is nested; the members of the others follow in step.
 void ExpandGroup(Modifying& run, const StructGroup& group) {
   OpenLevel(run, run.entries[group.first].structure);
   for (Place place = group.first; place != kNoPlace; place = run.entries[place].next) {
+    ExpectAhead<2, 2>(run.graph, run.entries, place, &StructEntry::structure);
     AddCursor(run, place, run.entries[place].structure);
   }
   DropExhausted(run);
-  while (!run.levels.empty()) {
-    const NodeId member = run.cursors[run.levels.back().first_cursor].member;
+  while (!run.levels.IsEmpty()) {
+    const NodeId member = run.cursors[run.levels.Last().first_cursor].member;
     if (member == 0) {
       CloseLevel(run);
-      if (!run.levels.empty()) MoveOn(run);
+      if (!run.levels.IsEmpty()) MoveOn(run);
       continue;
     }
     const NestedStructLink link = LinkOf(run.graph, member);
     if (IsDefinedInPlace(run, link)) {
       NoteNested(run);
-      EnterMembers(run, link.structure);
+      EnterMembers(run);
     } else {
       MoveOn(run);
     }
@@ -328,6 +372,7 @@ void InsertInFront(CdfgGraph* graph, NodeId definition, const Hoist& hoist) {
 void HoistEntry(Modifying& run, const StructEntry& entry) {
   Hoist hoist;
   for (Place place = entry.links.first; place != kNoPlace; place = run.links[place].next) {
+    ExpectAhead<kNested, 5>(run.graph, run.links, place, &NestedStructLink::member);
     const NestedStructLink& link = run.links[place];
     if (link.definition != 0) HoistLink(run, entry, link, hoist);
   }
@@ -349,8 +394,11 @@ int ModifyStructures(CdfgGraph* graph) {
   for (const NodeId file : CdfgGetFiles(graph)) {
     GroupStructures(run, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT));
   }
-  for (std::size_t i = run.groups.size(); i-- > 0;) ExpandGroup(run, run.groups[i]);
-  if (run.links.empty()) return 0;
-  for (std::size_t i = run.groups.size(); i-- > 0;) HoistGroup(run, run.groups[i]);
+  for (std::size_t i = run.groups.Size(); i-- > 0;) {
+    ExpectGroup(run, i);
+    ExpandGroup(run, run.groups[i]);
+  }
+  if (run.links.IsEmpty()) return 0;
+  for (std::size_t i = run.groups.Size(); i-- > 0;) HoistGroup(run, run.groups[i]);
   return 0;
 }
