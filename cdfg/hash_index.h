@@ -27,9 +27,10 @@ class HashIndex {
     return used_ == 0 ? kNone : slots_[SlotOf(Shortened(hash), is_it)].number;
   }
 
-  // The same, and `number`, which is not kNone, is entered when there is none and answered.
+  // The same, and `number`, which is not kNone, is entered when there is none and answered. What is
+  // answered may be overwritten with another number that the same question finds.
   template <class IsIt>
-  std::uint32_t FindOrAdd(std::size_t hash, std::uint32_t number, IsIt is_it) {
+  std::uint32_t& FindOrAdd(std::size_t hash, std::uint32_t number, IsIt is_it) {
     if (2 * (used_ + 1) > slot_count_) Grow();
     Slot& slot = slots_[SlotOf(Shortened(hash), is_it)];
     if (slot.number == kNone) {

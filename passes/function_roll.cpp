@@ -21,11 +21,12 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/edit.h"
 #include "cdfg/hash.h"
+#include "cdfg/hash_index.h"
+#include "cdfg/records.h"
 #include "cdfg/runaway.h"
 #include "cdfg/walk.h"
 #include "passes/function_copy.h"
@@ -50,8 +51,11 @@ struct Rolling {
   NodeId function = 0;              // whose body is being scanned
   std::size_t container = kNoCopy;  // the same as a roll copy
   IdMap<int> use_counts = {};
-  std::vector<RollCopy> copies = {};
-  IdMap<std::size_t> copy_indexes = {};
+  Records<RollCopy> copies = {};
+  // The copies by their ids. Most are never asked for, so they are entered when the next question
+  // comes.
+  HashIndex copies_by_id = {};
+  std::size_t entered = 0;
 };
 
 bool IsRollCall(const CdfgGraph* graph, NodeId call) {
@@ -62,12 +66,24 @@ bool IsRollCall(const CdfgGraph* graph, NodeId call) {
 
 // --- Rolling without end -------------------------------------------------------------------------
 
+// The roll copy that a function is, HashIndex::kNone if it is none.
+std::uint32_t FindCopy(Rolling& run, NodeId function) {
+  const auto is = [&](NodeId id) {
+    return [&run, id](std::uint32_t number) { return run.copies[number].copy == id; };
+  };
+  for (; run.entered < run.copies.Size(); ++run.entered) {
+    const NodeId copy = run.copies[run.entered].copy;
+    run.copies_by_id.FindOrAdd(IdHash{}(copy), static_cast<std::uint32_t>(run.entered), is(copy));
+  }
+  return run.copies_by_id.Find(IdHash{}(function), is(function));
+}
+
 // Whether all calls in this function are what they will be: true while copies are gone through, but
 // for copies that have not had their turn.
-bool IsFinal(const Rolling& run, NodeId function) {
+bool IsFinal(Rolling& run, NodeId function) {
   if (run.container == kNoCopy) return false;
-  const auto found = run.copy_indexes.find(function);
-  return found == run.copy_indexes.end() || found->second < run.container;
+  const std::uint32_t copy = FindCopy(run, function);
+  return copy == HashIndex::kNone || copy < run.container;
 }
 
 // Looks for a copy of `base` among the innermost `most` of the copies around `copy`.
@@ -80,7 +96,7 @@ bool IsWithinCopyOf(const Rolling& run, NodeId base, std::size_t copy, std::size
 
 // A copy of a final function within a copy of it has the same calls as that one, and so leads to
 // the next. Far out is only looked at depths of 2, 4, 8, ..., to keep long chains of copies cheap.
-void StopIfEndless(const Rolling& run, NodeId base) {
+void StopIfEndless(Rolling& run, NodeId base) {
   if (!IsFinal(run, base)) return;
   constexpr std::size_t kNear = 64;
   const std::size_t depth = run.copies[run.container].depth;
@@ -110,8 +126,7 @@ void InsertInFront(CdfgGraph* graph, NodeId function, NodeId copy) {
 
 void RecordCopy(Rolling& run, NodeId copy, NodeId base) {
   const std::size_t depth = run.container == kNoCopy ? 1 : run.copies[run.container].depth + 1;
-  run.copy_indexes.emplace(copy, run.copies.size());
-  run.copies.push_back({copy, base, run.container, depth, IsFinal(run, base)});
+  run.copies.Add({copy, base, run.container, depth, IsFinal(run, base)});
 }
 
 void GiveCopy(Rolling& run, NodeId call, NodeId callee, int number) {
@@ -166,7 +181,7 @@ void ScanModuleCode(Rolling& run) {
 }
 
 void ScanCopies(Rolling& run) {
-  for (run.container = 0; run.container < run.copies.size(); ++run.container) {
+  for (run.container = 0; run.container < run.copies.Size(); ++run.container) {
     const NodeId copy = run.copies[run.container].copy;
     const char* name = CdfgGetAttrStr(run.graph, copy, CfgFunc_NAME);
     const char* file = CdfgGetFileName(run.graph, copy);

@@ -270,7 +270,7 @@ std::string Shown(const char* name) { return name == nullptr ? "(null)" : name; 
 Deep<> UseCopy(Collecting& run, NodeId call, NodeId callee) {
   CdfgGraph* graph = run.graph;
   const std::string name =
-      Shown(run.module->prefix.get()) + "_" + Shown(CdfgGetAttrStr(graph, callee, CfgFunc_NAME));
+      Shown(run.module->prefix) + "_" + Shown(CdfgGetAttrStr(graph, callee, CfgFunc_NAME));
   const char* file = CdfgGetFileName(graph, callee);
   ModuleInstanceRecord* record = FindModuleInstance(run.module, callee, name.c_str(), file);
   if (record == nullptr) {
@@ -279,7 +279,7 @@ Deep<> UseCopy(Collecting& run, NodeId call, NodeId callee) {
                  ? co_await CopyForModule(run, callee, name.c_str(), file)
                  : PushModuleInstance(run.module, shared->function, callee, name.c_str(), file);
   }
-  CdfgSetAttrStr(graph, call, DfgFuncCall_NAME, record->name.get());
+  CdfgSetAttrStr(graph, call, DfgFuncCall_NAME, record->name);
   CdfgSetJump(graph, call, record->function);
 }
 
@@ -343,7 +343,7 @@ void CopyPrototype(CdfgGraph* graph, NodeId prototype, const CopiesByName& copie
   if (found == copies.end()) return;
   for (const ModuleInstanceRecord* instance : found->second) {
     const NodeId copy = CdfgCopyAlone(graph, prototype);
-    CdfgSetAttrStr(graph, copy, CfgFunc_NAME, instance->name.get());
+    CdfgSetAttrStr(graph, copy, CfgFunc_NAME, instance->name);
     SpliceBehind(graph, prototype, copy);
   }
 }

@@ -6,32 +6,26 @@
 // question searches a list.
 #pragma once
 
-#include <memory>
-
 #include "cdfg/graph.h"
-#include "cdfg/memory.h"
 #include "cdfg/walk.h"
 
-struct MemReleaser {
-  void operator()(char* text) const { MemFree(text); }
-};
-using OwnedText = std::unique_ptr<char, MemReleaser>;
+// The list owns the texts of its records.
 
 // A function that a module uses.
 struct ModuleInstanceRecord {
-  NodeId function;  // what the module's calls reach: a copy, or the base itself
-  NodeId base;      // the called function as it stood in the input
-  OwnedText name;   // the name that the module calls it by; may be null
-  OwnedText file;   // the base's source file; may be null
+  NodeId function;   // what the module's calls reach: a copy, or the base itself
+  NodeId base;       // the called function as it stood in the input
+  const char* name;  // the name that the module calls it by; may be null
+  const char* file;  // the base's source file; may be null
   ModuleInstanceRecord* next;
 };
 
 // A function that becomes a module.
 struct ModuleFunctionRecord {
   NodeId function;
-  OwnedText name;    // may be null
-  OwnedText file;    // the function node's source file; may be null
-  OwnedText prefix;  // null: the module shares its callees
+  const char* name;    // may be null
+  const char* file;    // the function node's source file; may be null
+  const char* prefix;  // null: the module shares its callees
   ModuleInstanceRecord* instances;
   ModuleFunctionRecord* next;
 };

@@ -48,6 +48,16 @@ TEST(HashIndexes, TellRecordsOfOneHashApart) {
   EXPECT_EQ(texts.Find("100", 5), HashIndex::kNone);
 }
 
+TEST(HashIndexes, LetANumberBeReplaced) {
+  Texts texts;
+  texts.FindOrAdd("a", 5);
+  texts.FindOrAdd("b", 5);
+  texts.records.emplace_back("a");
+  texts.index.FindOrAdd(5, 2, texts.IsText("a")) = 2;
+  EXPECT_EQ(texts.Find("a", 5), 2U);
+  EXPECT_EQ(texts.Find("b", 5), 1U);
+}
+
 TEST(HashIndexes, Grow) {
   Texts texts;
   constexpr std::uint32_t kCount = 100000;

@@ -27,13 +27,13 @@ std::string Reference(NodeId node, const CaseNames& names) { return "@" + NameOf
 std::string InstanceLine(const ModuleInstanceRecord& instance, const CaseNames& names) {
   std::string line = "  " + Reference(instance.function, names);
   if (instance.function != instance.base) line += " of " + Reference(instance.base, names);
-  return line + " " + Quoted(instance.name.get()) + " " + Quoted(instance.file.get()) + "\n";
+  return line + " " + Quoted(instance.name) + " " + Quoted(instance.file) + "\n";
 }
 
 std::string ModuleLines(const ModuleFunctionRecord& module, const CaseNames& names) {
   std::string lines = "module " + Reference(module.function, names) + " " +
-                      Quoted(module.name.get()) + " " + Quoted(module.file.get());
-  if (module.prefix != nullptr) lines += " prefix " + Quoted(module.prefix.get());
+                      Quoted(module.name) + " " + Quoted(module.file);
+  if (module.prefix != nullptr) lines += " prefix " + Quoted(module.prefix);
   lines += "\n";
   const ModuleInstanceRecord* instance = module.instances;
   for (; instance != nullptr; instance = instance->next) lines += InstanceLine(*instance, names);
