@@ -14,15 +14,17 @@
 // Needs each structure variable to have its own structure node.
 #include "passes/inout_directives.h"
 
+#include <array>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "cdfg/chain.h"
 #include "cdfg/directive.h"
 #include "cdfg/edit.h"
 #include "cdfg/hash.h"
+#include "cdfg/hash_index.h"
+#include "cdfg/records.h"
 #include "cdfg/tokens.h"
 #include "cdfg/walk.h"
 #include "passes/module_list.h"
@@ -39,29 +41,43 @@ struct Run {
   IdMap<NodeId> last_directives = {};
 };
 
+// A directive that names a member by its path, which stands somewhere in its text.
+struct NamingDirective {
+  const char* text;  // the store owns it
+  const char* path;
+  std::uint32_t path_length;
+  std::int32_t type;
+
+  std::string_view Path() const { return {path, path_length}; }
+};
+
 // What one structure variable hands to its members.
 struct Spreading {
   bool is_float = false;
   // The first directive for each path. Paths that only begin alike with a wanted one are many, so
   // a path is looked up by a hash that grows with it, and compared only when that is found.
-  TextMap<NodeId> directives;
-  std::unordered_set<std::uint64_t> path_hashes;
+  Records<NamingDirective> directives = {};
+  HashIndex by_path = {};
 };
 
-// A member path as it grows and shrinks along the walk: its text and a hash of the text.
+// A member path as it grows and shrinks along the walk: its length and its hash.
 struct Path {
   std::size_t length;
   std::uint64_t hash;
 };
 
-std::uint64_t ExtendHash(std::uint64_t hash, std::string_view text) {
-  for (const char byte : text) {
-    hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+// The hash of a path is made of those of the texts between its points, so that the members of one
+// structure are neighbours (cdfg/hash.h) when their names are.
+std::uint64_t ExtendHash(std::uint64_t hash, std::string_view names) {
+  for (;;) {
+    const std::size_t point = names.find('.');
+    hash = TextHash{}(names.substr(0, point)) ^ (MixBits(hash) << 4);
+    if (point == std::string_view::npos) return hash;
+    names.remove_prefix(point + 1);
   }
-  return hash;
 }
 
-constexpr std::uint64_t kEmptyHash = 0xCBF29CE484222325U;
+constexpr std::uint64_t kEmptyHash = 0;
 
 bool IsStructure(const CdfgGraph* graph, NodeId declaration) {
   return CdfgGetAttrInt(graph, declaration, CfgDecl_VALTYPE) == DECL_VALTYPE_STRUCT;
@@ -79,21 +95,26 @@ std::string_view NameOr(const CdfgGraph* graph, NodeId declaration, std::string_
 
 // --- Reading directives --------------------------------------------------------------------------
 
-std::vector<std::string_view> Split(std::string_view text) {
-  std::vector<std::string_view> words;
+struct Words {
+  std::array<std::string_view, kMostTokens> words;
+  std::size_t count = 0;
+};
+
+Words Split(std::string_view text) {
+  Words split;
   Tokens tokens(text);
-  while (words.size() < kMostTokens) {
+  while (split.count < kMostTokens) {
     const std::string_view word = tokens.Next(kDelimiters);
     if (word.empty()) break;
-    words.push_back(word);
+    split.words[split.count++] = word;
   }
-  return words;
+  return split;
 }
 
 // The word behind the first varname, empty if there is none.
-std::string_view NamedPath(const std::vector<std::string_view>& words) {
-  for (std::size_t i = 1; i + 1 < words.size(); ++i) {
-    if (words[i] == "varname") return words[i + 1];
+std::string_view NamedPath(const Words& split) {
+  for (std::size_t i = 1; i + 1 < split.count; ++i) {
+    if (split.words[i] == "varname") return split.words[i + 1];
   }
   return {};
 }
@@ -102,15 +123,24 @@ bool IsDirection(std::string_view word) {
   return word == "input" || word == "output" || word == "inout";
 }
 
-void ReadDirective(Spreading& spreading, NodeId directive, const char* text) {
-  const std::vector<std::string_view> words = Split(text);
-  if (words.size() <= 2) return;
-  if (IsDirection(words[0])) {
-    const std::string_view path = NamedPath(words);
+void AddNaming(Spreading& spreading, const NamingDirective& naming) {
+  const auto next = static_cast<std::uint32_t>(spreading.directives.Size());
+  const std::uint32_t number = spreading.by_path.FindOrAdd(
+      ExtendHash(kEmptyHash, naming.Path()), next,
+      [&](auto other) { return spreading.directives[other].Path() == naming.Path(); });
+  if (number == next) spreading.directives.Add(naming);
+}
+
+void ReadDirective(const CdfgGraph* graph, Spreading& spreading, NodeId directive,
+                   const char* text) {
+  const Words split = Split(text);
+  if (split.count <= 2) return;
+  if (IsDirection(split.words[0])) {
+    const std::string_view path = NamedPath(split);
     if (path.empty()) return;
-    spreading.directives.emplace(path, directive);
-    spreading.path_hashes.insert(ExtendHash(kEmptyHash, path));
-  } else if (words[0] == "float") {
+    AddNaming(spreading, {text, path.data(), static_cast<std::uint32_t>(path.size()),
+                          CdfgGetAttrInt(graph, directive, DfgDirective_TYPE)});
+  } else if (split.words[0] == "float") {
     spreading.is_float = true;
   }
 }
@@ -132,15 +162,21 @@ void AddDirective(Run& run, NodeId member, std::int32_t type, const char* text) 
   }
 }
 
-void SpreadOnto(Run& run, const Spreading& spreading, NodeId member, const Path& path,
-                const std::string& text) {
+// Whether the path is that of a member called `name` in the structure at `outer`.
+bool IsPathOf(std::string_view path, std::string_view outer, std::string_view name) {
+  return path.size() == outer.size() + 1 + name.size() && path.starts_with(outer) &&
+         path[outer.size()] == '.' && path.ends_with(name);
+}
+
+void SpreadOnto(Run& run, const Spreading& spreading, NodeId member, std::uint64_t hash,
+                std::string_view outer, std::string_view name) {
   const CdfgGraph* graph = run.graph;
-  if (spreading.path_hashes.contains(path.hash)) {
-    const auto found = spreading.directives.find(text);
-    if (found != spreading.directives.end()) {
-      AddDirective(run, member, CdfgGetAttrInt(graph, found->second, DfgDirective_TYPE),
-                   CdfgGetAttrStr(graph, found->second, DfgDirective_STR));
-    }
+  const std::uint32_t number = spreading.by_path.Find(hash, [&](std::uint32_t other) {
+    return IsPathOf(spreading.directives[other].Path(), outer, name);
+  });
+  if (number != HashIndex::kNone) {
+    const NamingDirective& naming = spreading.directives[number];
+    AddDirective(run, member, naming.type, naming.text);
   }
   const std::int32_t value_type = CdfgGetAttrInt(graph, member, CfgDecl_VALTYPE);
   if (spreading.is_float &&
@@ -159,15 +195,15 @@ void Distribute(Run& run, const Spreading& spreading, NodeId variable) {
     if (CdfgGetKind(graph, member) != CFG_DECLARE) continue;
     const Path outer = paths[walk.Depth()];
     const std::string_view name = NameOr(graph, member, "??");
+    const std::uint64_t hash = ExtendHash(outer.hash, name);
     text.resize(outer.length);
-    text.append(".").append(name);
-    const Path path{text.size(), ExtendHash(ExtendHash(outer.hash, "."), name)};
     if (IsStructure(graph, member)) {
+      text.append(".").append(name);
       paths.resize(walk.Depth() + 1);
-      paths.push_back(path);
+      paths.push_back({text.size(), hash});
       walk.Enter(MembersOf(graph, member));
     } else {
-      SpreadOnto(run, spreading, member, path, text);
+      SpreadOnto(run, spreading, member, hash, text, name);
     }
   }
 }
@@ -187,10 +223,10 @@ void ForDirectives(const CdfgGraph* graph, NodeId declaration, Act act) {
 void SpreadNamedMembers(Run& run, NodeId declaration) {
   Spreading spreading;
   ForDirectives(run.graph, declaration, [&](NodeId directive, const char* text) {
-    ReadDirective(spreading, directive, text);
+    ReadDirective(run.graph, spreading, directive, text);
     return false;
   });
-  if (spreading.is_float || !spreading.directives.empty()) {
+  if (spreading.is_float || !spreading.directives.IsEmpty()) {
     Distribute(run, spreading, declaration);
   }
 }
