@@ -97,7 +97,7 @@ class TextTable {
   }
 
   void Grow() {
-    constexpr std::size_t kFirstSlots = 1024;
+    constexpr std::size_t kFirstSlots = 32;
     const std::size_t old_count =
         std::exchange(slot_count_, used_ == 0 ? kFirstSlots : slot_count_ * 2);
     const Chunk<Slot> old = std::exchange(slots_, MakeChunk<Slot>(slot_count_));

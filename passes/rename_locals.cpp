@@ -9,74 +9,109 @@
 //   2. walk the nested blocks: rename each declaration whose name is registered, register it;
 //   3. walk all references: one to a renamed declaration takes its name.
 //
-// Owns, for the length of one function, the user data of the declarations registered: a pointer to
-// the record of the declaration.
+// Owns, for the length of one function, the user data of the declarations renamed: the new name.
 #include "passes/rename_locals.h"
 
+#include <climits>
 #include <cstdio>
-#include <deque>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "cdfg/chain.h"
 #include "cdfg/edit.h"
 #include "cdfg/hash.h"
+#include "cdfg/hash_index.h"
 #include "cdfg/kinds.h"
+#include "cdfg/records.h"
+#include "cdfg/text_table.h"
 #include "cdfg/walk.h"
 #include "passes/module_list.h"
 
 namespace {
 
-// A declaration met in the function.
-struct ScopeEntry {
-  NodeId declaration;
-  const char* name;  // as it stands now; the store owns it
-  bool renamed;
-};
-
-// The declarations of one function. Clears their user data at its end.
+// The names of one function. Clears the user data of its declarations at its end.
 class Scope {
  public:
   explicit Scope(CdfgGraph* graph) : graph_(graph) {}
   ~Scope() {
-    for (const ScopeEntry& entry : entries_) CdfgSetUserData(graph_, entry.declaration, nullptr);
+    for (std::size_t i = 0; i < renamed_.Size(); ++i) {
+      CdfgSetUserData(graph_, renamed_[i], nullptr);
+    }
   }
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
-  void Register(NodeId declaration, bool renamed) {
+  // Registers the name of a declaration, which may have none; false when the name is taken.
+  bool Register(NodeId declaration) {
     const char* name = CdfgGetAttrStr(graph_, declaration, CfgDecl_NAME);
-    entries_.push_back({declaration, name, renamed});
-    CdfgSetUserData(graph_, declaration, &entries_.back());
-    if (name != nullptr) names_.insert(name);
+    return name == nullptr || names_.Add(name);
   }
 
-  bool HasName(const std::string& name) const { return names_.contains(name); }
-
-  // The first of name000, name001, ... that nobody has. Names are never given up, so each search
-  // goes on where the last one for the same name ended.
-  std::string FreeName(const char* name) {
-    int& number = next_numbers_[name];
-    std::string candidate;
-    do {
-      char digits[16];
-      std::snprintf(digits, sizeof digits, "%03d", number++);
-      candidate.assign(name).append(digits);
-    } while (HasName(candidate));
-    return candidate;
+  // Gives the declaration the first of name000, name001, ... that nobody has, and registers it.
+  void Rename(NodeId declaration) {
+    MakeFreeName(CdfgGetAttrStr(graph_, declaration, CfgDecl_NAME));
+    CdfgSetAttrStr(graph_, declaration, CfgDecl_NAME, free_name_.c_str());
+    // The store owns the string; user data holds no constants.
+    char* name = const_cast<char*>(CdfgGetAttrStr(graph_, declaration, CfgDecl_NAME));
+    CdfgSetUserData(graph_, declaration, name);
+    renamed_.Add(declaration);
   }
 
  private:
+  // Names are never given up, so each search goes on where the last one for the same name ended.
+  struct Search {
+    std::string_view name;
+    int next_number;
+  };
+
+  Search& SearchFor(std::string_view name) {
+    const auto next = static_cast<std::uint32_t>(searches_.Size());
+    const std::uint32_t number = searches_by_name_.FindOrAdd(
+        TextHash{}(name), next, [&](std::uint32_t other) { return searches_[other].name == name; });
+    if (number == next) searches_.Add({{texts_.Keep(name), name.size()}, 0});
+    return searches_[number];
+  }
+
+  void Number(std::string& numbered, std::string_view name, int number) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%03d", number);
+    numbered.assign(name).append(digits);
+  }
+
+  // Ten names that follow one another lie side by side: the next ten are fetched while these are
+  // used up.
+  void ExpectNextTen(std::string_view name, int number) {
+    constexpr int kTen = 10;
+    if (number % kTen != 0 || number > INT_MAX - kTen) return;
+    Number(expected_name_, name, number + kTen);
+    names_.Expect(expected_name_);
+  }
+
+  void MakeFreeName(std::string_view name) {
+    Search& search = SearchFor(name);
+    do {
+      const int number = search.next_number++;
+      ExpectNextTen(name, number);
+      Number(free_name_, name, number);
+    } while (!names_.Add(free_name_));
+  }
+
   CdfgGraph* graph_;
-  std::deque<ScopeEntry> entries_;
-  TextSet names_;
-  TextMap<int> next_numbers_;
+  TextTable names_;
+  Records<NodeId> renamed_;
+  TextArena texts_;
+  Records<Search> searches_;
+  HashIndex searches_by_name_;
+  std::string free_name_;
+  std::string expected_name_;
 };
 
 // --- Registering and renaming --------------------------------------------------------------------
 
 void RegisterDeclarations(CdfgGraph* graph, Scope& scope, NodeId list) {
   for (const NodeId node : NextChain(graph, list)) {
-    if (CdfgGetKind(graph, node) == CFG_DECLARE) scope.Register(node, false);
+    if (CdfgGetKind(graph, node) == CFG_DECLARE) scope.Register(node);
   }
 }
 
@@ -95,19 +130,12 @@ void RegisterTopLevel(CdfgGraph* graph, Scope& scope, NodeId body) {
   }
 }
 
-void RenameDeclaration(CdfgGraph* graph, Scope& scope, NodeId declaration) {
-  const char* name = CdfgGetAttrStr(graph, declaration, CfgDecl_NAME);
-  const bool is_taken = name != nullptr && scope.HasName(name);
-  if (is_taken) CdfgSetAttrStr(graph, declaration, CfgDecl_NAME, scope.FreeName(name).c_str());
-  scope.Register(declaration, is_taken);
-}
-
 void RenameNested(CdfgGraph* graph, Scope& scope, NodeId body) {
   StatementWalk walk(graph, body);
   while (const NodeId statement = walk.Next()) {
     if (walk.Depth() == 0 || CdfgGetKind(graph, statement) != CFG_DECLARE_DEF) continue;
     for (const NodeId node : NextChain(graph, CdfgGetAttr(graph, statement, CfgDeclDef_DECL))) {
-      if (CdfgGetKind(graph, node) == CFG_DECLARE) RenameDeclaration(graph, scope, node);
+      if (CdfgGetKind(graph, node) == CFG_DECLARE && !scope.Register(node)) scope.Rename(node);
     }
   }
 }
@@ -130,8 +158,8 @@ void RenamePort(CdfgGraph* graph, ChainWalk& walk, NodeId port) {
     EnterIndexes(graph, walk, CdfgGetAttr(graph, member, DfgPort_DIMNODE));
   }
   const NodeId declaration = CdfgGetAttr(graph, port, DfgPort_DECL);
-  const auto* entry = static_cast<const ScopeEntry*>(CdfgGetUserData(graph, declaration));
-  if (entry != nullptr && entry->renamed) CdfgSetAttrStr(graph, port, DfgPort_NAME, entry->name);
+  const auto* name = static_cast<const char*>(CdfgGetUserData(graph, declaration));
+  if (name != nullptr) CdfgSetAttrStr(graph, port, DfgPort_NAME, name);
 }
 
 bool IsPlainPort(std::uint32_t kind) {
