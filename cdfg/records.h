@@ -24,6 +24,7 @@ class Records {
   Record& operator[](std::size_t place) { return items_[place]; }
   const Record& operator[](std::size_t place) const { return items_[place]; }
   Record& Last() { return items_[size_ - 1]; }
+  const Record& Last() const { return items_[size_ - 1]; }
 
   // The record may be one of the array itself.
   Record& Add(Record record) {

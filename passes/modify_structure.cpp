@@ -85,6 +85,7 @@ using StructGroup = PlaceList;
 struct Cursor {
   Place entry;
   NodeId member;  // a CFG_DECLARE; 0: no more members
+  NodeId next;    // behind it; no link changes before all walks are done
   ChainGuard guard = {};
 };
 
@@ -192,19 +193,17 @@ void GroupStructures(Modifying& run, NodeId elements) {
 void MoveToDeclaration(const CdfgGraph* graph, Cursor& cursor, NodeId node) {
   while (node != 0) {
     cursor.guard.Visit(node);
+    cursor.next = CdfgGetNext(graph, node);
     if (CdfgGetKind(graph, node) == CFG_DECLARE) break;
-    node = CdfgGetNext(graph, node);
+    node = cursor.next;
   }
   cursor.member = node;
 }
 
-// An entry without further members has no part in what follows; the first one always stays.
-void DropExhausted(Modifying& run) {
-  std::size_t kept = run.levels.Last().first_cursor + 1;
-  for (std::size_t i = kept; i < run.cursors.Size(); ++i) {
-    if (run.cursors[i].member != 0) run.cursors[kept++] = run.cursors[i];
-  }
-  run.cursors.Cut(kept);
+// An entry without further members has no part in what follows; the first one of a level always
+// stays.
+bool HasPart(const Modifying& run, const Cursor& cursor) {
+  return cursor.member != 0 || &cursor == &run.cursors[run.levels.Last().first_cursor];
 }
 
 NestedStructLink LinkOf(const CdfgGraph* graph, NodeId member) {
@@ -245,8 +244,9 @@ void NoteNested(Modifying& run) {
 }
 
 void AddCursor(Modifying& run, Place entry, NodeId structure) {
-  Cursor& cursor = run.cursors.Add({entry, 0});
+  Cursor& cursor = run.cursors.Add({entry, 0, 0});
   MoveToDeclaration(run.graph, cursor, CdfgGetAttr(run.graph, structure, CfgStruct_MEMBER));
+  if (!HasPart(run, cursor)) run.cursors.Cut(run.cursors.Size() - 1);
 }
 
 void OpenLevel(Modifying& run, NodeId structure) {
@@ -270,17 +270,18 @@ void EnterMembers(Modifying& run) {
     ExpectAhead<2, 2>(run.graph, run.links, noted + i, &NestedStructLink::structure);
     AddCursor(run, run.cursors[outer + i].entry, StructureOf(run.graph, run.links[noted + i]));
   }
-  DropExhausted(run);
 }
 
 // Moves all cursors of the innermost level on to the next member.
 void MoveOn(Modifying& run) {
-  for (std::size_t i = run.levels.Last().first_cursor; i < run.cursors.Size(); ++i) {
-    ExpectAhead<1, 0>(run.graph, run.cursors, i, &Cursor::member);
+  std::size_t kept = run.levels.Last().first_cursor;
+  for (std::size_t i = kept; i < run.cursors.Size(); ++i) {
+    ExpectAhead<1, 0>(run.graph, run.cursors, i, &Cursor::next);
     Cursor& cursor = run.cursors[i];
-    MoveToDeclaration(run.graph, cursor, CdfgGetNext(run.graph, cursor.member));
+    MoveToDeclaration(run.graph, cursor, cursor.next);
+    if (HasPart(run, cursor)) run.cursors[kept++] = cursor;
   }
-  DropExhausted(run);
+  run.cursors.Cut(kept);
 }
 
 void CloseLevel(Modifying& run) {
@@ -310,7 +311,6 @@ void ExpandGroup(Modifying& run, const StructGroup& group) {
     ExpectAhead<2, 2>(run.graph, run.entries, place, &StructEntry::structure);
     AddCursor(run, place, run.entries[place].structure);
   }
-  DropExhausted(run);
   while (!run.levels.IsEmpty()) {
     const NodeId member = run.cursors[run.levels.Last().first_cursor].member;
     if (member == 0) {
