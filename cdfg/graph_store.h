@@ -1,5 +1,5 @@
 // The inside of the graph store: how nodes, attributes and strings lie in memory. Only the store
-// itself, the file reader and writer and the walks, which read ahead, include this; everybody else
+// itself, the file reader and writer, the walks and cdfg/read_ahead.h include this; everybody else
 // uses cdfg/graph.h.
 //
 //   nodes       chunks of 16384 records of 32 bytes, in creation order; a node's place in that
@@ -193,24 +193,6 @@ inline NodeId IdAt(const CdfgGraph& graph, std::size_t place) {
 }
 
 inline bool IsFreed(const NodeRecord& node) { return node.own[0].form == Form::Freed; }
-
-// Asks for the memory that a walk at node `id` will want soon: the records of nodes some way behind
-// it in the file. Nodes lie in the order of the source text, and most walks go that way too; but
-// they leap over what they skip, by distances that no processor guesses. Without this a walk over
-// a large design waits for memory at every statement. (Always inline: an ordinary function that
-// only asks counts as doing nothing, and its calls are dropped.)
-[[gnu::always_inline]] inline void ReadAhead(const CdfgGraph& graph, NodeId id) {
-  constexpr std::size_t kRecordsAhead = 48;
-  constexpr std::uintptr_t kLine = 64;
-  constexpr std::uintptr_t kRecordLines = 4;
-  const std::size_t place = id;
-  if (place + kRecordsAhead >= graph.row_length) return;
-  const auto records = reinterpret_cast<std::uintptr_t>(&NodeAt(graph, place + kRecordsAhead));
-#pragma GCC unroll 4
-  for (std::uintptr_t i = 0; i < kRecordLines; ++i) {
-    __builtin_prefetch(reinterpret_cast<const void*>(records + i * kLine));
-  }
-}
 
 // The place of the node that lookups of `id` find, kNoPlace for none.
 std::uint32_t FindPlace(const CdfgGraph* graph, NodeId id);

@@ -1,6 +1,5 @@
-// Reading ahead for passes that come back to nodes they know: they ask for a node some way before
-// they need it, and do not wait for memory when they get there. Asking changes nothing, and any id
-// may be asked for.
+// Reading ahead: who knows what it will come to asks for it some way before, and does not wait for
+// memory when it gets there. Asking changes nothing, and any id may be asked for.
 #pragma once
 
 #include <cstdint>
@@ -23,25 +22,34 @@ inline void Fetch(const void* from) {
   __builtin_prefetch(reinterpret_cast<const void*>(start + kBytes - 1));
 }
 
-// Where nodes are found without a search.
-inline bool IsInRow(const CdfgGraph& graph, NodeId id) {
-  return static_cast<std::size_t>(id) - 1 < graph.row_length;
+// The node's record, null for a node that is not found without a search.
+inline const NodeRecord* Record(const CdfgGraph& graph, NodeId id) {
+  return id - 1 < graph.direct_length ? &NodeAt(graph, id - 1) : nullptr;
 }
-
 }  // namespace read_ahead
 
-// Asks for a node and those that follow it in the source text: `kNodes` in all, without their
-// attributes.
+// Asks for a node and those that follow it in the source text: `kNodes` in all, without attributes
+// that lie outside them.
 template <std::uintptr_t kNodes = 1>
 inline void CdfgExpectNodes(const CdfgGraph* graph, NodeId id) {
-  if (!read_ahead::IsInRow(*graph, id)) return;
-  read_ahead::Fetch<kNodes * sizeof(NodeRecord)>(&NodeAt(*graph, id - 1));
+  const NodeRecord* node = read_ahead::Record(*graph, id);
+  if (node != nullptr) read_ahead::Fetch<kNodes * sizeof(NodeRecord)>(node);
 }
 
-// Asks for the first `kCount` attributes of a node and those that follow it. The node itself should
-// have been asked for a while ago.
+// Asks for the attributes of a node that lie outside it, and for those of the nodes that follow:
+// `kCount` in all. The node itself should have been asked for a while ago.
 template <std::uintptr_t kCount>
 inline void CdfgExpectAttributes(const CdfgGraph* graph, NodeId id) {
-  if (!read_ahead::IsInRow(*graph, id)) return;
-  read_ahead::Fetch<kCount * sizeof(Attribute)>(NodeAt(*graph, id - 1).attributes);
+  const NodeRecord* node = read_ahead::Record(*graph, id);
+  if (node == nullptr || !HasRun(*node)) return;
+  read_ahead::Fetch<kCount * sizeof(Attribute)>(RunAt(graph->attributes, node->own[0].value));
+}
+
+// Asks for what a walk at node `id` will want soon. Nodes lie in the order of the source text, and
+// most walks go that way too; but they leap over what they skip, by distances that no processor
+// guesses. Without this a walk over a large design waits for memory at every statement.
+inline void CdfgReadAhead(const CdfgGraph* graph, NodeId id) {
+  constexpr NodeId kAhead = 49;
+  constexpr std::uintptr_t kNodes = 8;
+  CdfgExpectNodes<kNodes>(graph, id + kAhead);
 }

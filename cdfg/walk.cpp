@@ -6,6 +6,7 @@
 #include "cdfg/chain.h"
 #include "cdfg/graph_store.h"
 #include "cdfg/kinds.h"
+#include "cdfg/read_ahead.h"
 
 namespace {
 
@@ -153,7 +154,7 @@ void ChainWalk::EnterOperands(NodeId operation, int tag) {
 
 NodeId ChainWalk::Visit(Frame& frame) {
   frame.guard.Visit(frame.node);
-  ReadAhead(*graph_, frame.node);
+  CdfgReadAhead(graph_, frame.node);
   frame.state = State::Visited;
   frame.entered = false;
   return frame.node;

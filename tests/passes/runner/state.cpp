@@ -31,8 +31,8 @@ std::string InstanceLine(const ModuleInstanceRecord& instance, const CaseNames& 
 }
 
 std::string ModuleLines(const ModuleFunctionRecord& module, const CaseNames& names) {
-  std::string lines = "module " + Reference(module.function, names) + " " +
-                      Quoted(module.name) + " " + Quoted(module.file);
+  std::string lines = "module " + Reference(module.function, names) + " " + Quoted(module.name) +
+                      " " + Quoted(module.file);
   if (module.prefix != nullptr) lines += " prefix " + Quoted(module.prefix);
   lines += "\n";
   const ModuleInstanceRecord* instance = module.instances;
