@@ -181,6 +181,32 @@ TEST_F(FileRead, CountsAttributesOfUnknownTypes) {
   EXPECT_EQ(Position(graph.get(), 1), "a.c:3:0");
 }
 
+// Ascending ids are read without a search; the highest id leaves no higher one.
+TEST_F(FileRead, FindsAnAttributeAgainInWhateverOrderTheyCome) {
+  const std::uint32_t highest = 4294967295U;
+  const std::string records = IntAttribute(3, 1) + IntAttribute(highest, 2) + IntAttribute(7, 3) +
+                              IntAttribute(3, 4) + IntAttribute(highest, 5) + IntAttribute(7, 6) +
+                              StringAttribute(8, "a") + StringAttribute(8, "b");
+  Read(Head(1, CFG_DECLARE, {}, 8) + records + Tail());
+  ASSERT_EQ(CdfgGetAttrCount(graph.get(), 1), 4);
+  EXPECT_EQ(CdfgGetAttrInt(graph.get(), 1, 3), 4);
+  EXPECT_EQ(CdfgGetAttrInt(graph.get(), 1, highest), 5);
+  EXPECT_EQ(CdfgGetAttrInt(graph.get(), 1, 7), 6);
+  EXPECT_STREQ(CdfgGetAttrStr(graph.get(), 1, 8), "b");
+}
+
+// A node's file name is written as its neighbour's was where they are the same.
+TEST_F(FileRead, KeepsFileNamesOfAllLengthsBesideOneAnother) {
+  std::string bytes;
+  std::uint32_t id = 0;
+  for (const std::size_t length : {0U, 1U, 29U, 30U, 31U, 32U, 1000U, 65535U, 30U, 0U, 31U, 31U}) {
+    for (const char letter : {'a', 'b', 'b'}) {
+      bytes += Head(++id, CFG_DECLARE, {}, 0) + Tail(std::string(length, letter), 1, 2);
+    }
+  }
+  EXPECT_TRUE(RoundTrip(bytes) == bytes);
+}
+
 TEST_F(FileRead, LeavesAnAttributeAloneThatAnUnknownTypeNamesAgain) {
   EXPECT_EQ(AttributesOf(2, IntAttribute(1, 5) + UnknownAttribute(1, 7)), "1=5");
 }

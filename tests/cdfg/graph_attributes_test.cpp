@@ -1,8 +1,12 @@
 // Attributes of nodes: setting, overwriting, order, the ways to read one value, and wide nodes.
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <limits>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -443,6 +447,163 @@ TEST_F(GraphAttributes, AgreeWithPlainMapsUnderManyOperations) {
     ASSERT_EQ(CdfgGetAttrCount(graph, id), static_cast<std::int32_t>(orders[id].size()));
     for (std::size_t i = 0; i < orders[id].size(); ++i) {
       ASSERT_EQ(CdfgGetAttrIdAt(graph, id, static_cast<std::int32_t>(i) + 1), orders[id][i]);
+    }
+  }
+}
+
+// What a node's attribute holds, said plainly: eight bytes or a text, and the type set last.
+struct PlainValue {
+  std::uint32_t id = 0;
+  std::uint32_t type = 0;
+  std::uint64_t bits = 0;
+  std::optional<std::string> text = {};
+};
+
+class PlainAttributes {
+ public:
+  // As the setters of numbers do: `width` bytes are replaced, those of a text are not kept.
+  void SetNumber(std::uint32_t id, std::uint32_t type, std::uint64_t bits, unsigned width) {
+    PlainValue& value = FindOrAdd(id, type);
+    if (value.type == ATTR_STRING) value.bits = 0;
+    std::memcpy(&value.bits, &bits, width);
+    value.type = type;
+    value.text.reset();
+  }
+  int SetText(std::uint32_t id, const std::string& text) {
+    const std::size_t count = values.size();
+    PlainValue& value = FindOrAdd(id, ATTR_STRING);
+    if (value.type != ATTR_STRING) return -1;
+    if (values.size() == count && !value.text.has_value()) return 0;
+    value.text = text;
+    return 0;
+  }
+
+  std::vector<PlainValue> values;
+
+ private:
+  PlainValue& FindOrAdd(std::uint32_t id, std::uint32_t type) {
+    for (PlainValue& value : values) {
+      if (value.id == id) return value;
+    }
+    return values.emplace_back(PlainValue{id, type});
+  }
+};
+
+void ExpectSame(const CdfgGraph* graph, NodeId node, const PlainAttributes& plain) {
+  ASSERT_EQ(CdfgGetAttrCount(graph, node), static_cast<std::int32_t>(plain.values.size()));
+  std::int32_t place = 0;
+  for (const PlainValue& value : plain.values) {
+    ++place;
+    ASSERT_EQ(CdfgGetAttrIdAt(graph, node, place), value.id);
+    ASSERT_EQ(CdfgGetAttrTypeAt(graph, node, place), value.type) << value.id;
+    const std::uint64_t bits = value.type == ATTR_STRING ? 0 : value.bits;
+    ASSERT_EQ(static_cast<std::uint64_t>(CdfgGetAttrInt64(graph, node, value.id)), bits)
+        << value.id;
+    ASSERT_EQ(CdfgGetAttr(graph, node, value.id), static_cast<std::uint32_t>(bits));
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(CdfgGetAttrDouble(graph, node, value.id)), bits);
+    const char* text = CdfgGetAttrStr(graph, node, value.id);
+    ASSERT_EQ(text != nullptr, value.text.has_value()) << value.id;
+    ASSERT_EQ(std::string(text == nullptr ? "" : text), value.text.value_or(""));
+  }
+}
+
+// Ids on both sides of what fits into a record, and values of all widths, narrower ones over wider.
+TEST_F(GraphAttributes, OfAllTypesAndIdsAgreeWithAPlainListUnderManyOperations) {
+  constexpr std::uint32_t kIds[] = {0,     1,      2,       3,          4,         5,
+                                    65533, 65534,  65535,   65536,      65537,     131071,
+                                    70000, 100000, 4000000, 4294967294, 4294967295};
+  std::mt19937_64 random(5);
+  for (int round = 0; round < 300; ++round) {
+    const NodeId id = Add(CFG_DECLARE);
+    PlainAttributes plain;
+    // Up to three attributes lie in the record, more in a run, many in a table too.
+    const std::size_t ids = 1 + random() % 60;
+    for (int i = 0; i < 150; ++i) {
+      const std::size_t chosen = random() % ids;
+      const std::uint32_t attribute = chosen < std::size(kIds)
+                                          ? kIds[(chosen * 7) % std::size(kIds)]
+                                          : static_cast<std::uint32_t>(65500 + chosen);
+      const std::uint64_t bits = random() % 2 == 0 ? random() : random() % 1000;
+      switch (random() % 6) {
+        case 0:
+          plain.SetNumber(attribute, ATTR_CHAR, bits, 1);
+          CdfgSetAttrChar(graph, id, attribute, static_cast<std::int8_t>(bits));
+          break;
+        case 1:
+          plain.SetNumber(attribute, ATTR_INT, bits, 4);
+          CdfgSetAttrInt(graph, id, attribute, static_cast<std::int32_t>(bits));
+          break;
+        case 2:
+          plain.SetNumber(attribute, ATTR_LONGLONG, bits, 8);
+          CdfgSetAttrInt64(graph, id, attribute, static_cast<std::int64_t>(bits));
+          break;
+        case 3:
+          plain.SetNumber(attribute, ATTR_FLOAT, bits, 8);
+          CdfgSetAttrDouble(graph, id, attribute, std::bit_cast<double>(bits));
+          break;
+        case 4:
+          plain.SetNumber(attribute, ATTR_NODE, bits, 4);
+          CdfgSetAttrNode(graph, id, attribute, static_cast<NodeId>(bits));
+          break;
+        default: {
+          const std::string text(bits % 40, 'x');
+          ASSERT_EQ(CdfgSetAttrStr(graph, id, attribute, text.c_str()),
+                    plain.SetText(attribute, text));
+        }
+      }
+    }
+    ASSERT_NO_FATAL_FAILURE(ExpectSame(graph, id, plain));
+    if (round % 3 == 0) CdfgFreeNode(graph, id);
+  }
+}
+
+TEST_F(GraphAttributes, MayBeTextsLongerThanAnyBlockOfMemory) {
+  const std::string longest(5000000, 'l');
+  const std::string long_text(300000, 'm');
+  for (std::uint32_t id = 1; id <= 3; ++id) {
+    CdfgSetAttrStr(graph, node, 3 * id, longest.c_str());
+    CdfgSetAttrStr(graph, node, 3 * id + 1, long_text.c_str());
+    CdfgSetAttrStr(graph, node, 3 * id + 2, "short");
+  }
+  for (std::uint32_t id = 1; id <= 3; ++id) {
+    EXPECT_EQ(CdfgGetAttrStr(graph, node, 3 * id), longest);
+    EXPECT_EQ(CdfgGetAttrStr(graph, node, 3 * id + 1), long_text);
+    EXPECT_STREQ(CdfgGetAttrStr(graph, node, 3 * id + 2), "short");
+  }
+}
+
+// Wide enough for a block of attributes of its own, which others lie beside.
+TEST_F(GraphAttributes, OfAVeryWideNodeAreKept) {
+  constexpr std::uint32_t kCount = 200000;
+  const NodeId other = Add(CFG_DECLARE);
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    CdfgSetAttrInt(graph, node, i, static_cast<std::int32_t>(i));
+    if (i % 1000 == 0) CdfgSetAttrInt(graph, other, i, 7);
+  }
+  ASSERT_EQ(CdfgGetAttrCount(graph, node), static_cast<std::int32_t>(kCount));
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    ASSERT_EQ(CdfgGetAttrInt(graph, node, i), static_cast<std::int32_t>(i));
+    ASSERT_EQ(CdfgGetAttrIdAt(graph, node, static_cast<std::int32_t>(i) + 1), i);
+  }
+  EXPECT_EQ(CdfgGetAttrCount(graph, other), 200);
+  EXPECT_EQ(CdfgGetAttrInt(graph, other, 199000), 7);
+}
+
+// The table of wide nodes grows while some of those in it are gone.
+TEST_F(GraphAttributes, OfWideNodesAreFoundWhenOthersAreFreed) {
+  std::vector<NodeId> wide;
+  for (int i = 0; i < 200; ++i) {
+    const NodeId id = Add(CFG_DECLARE);
+    for (std::uint32_t attribute = 1; attribute <= 40; ++attribute) {
+      CdfgSetAttrInt(graph, id, attribute, static_cast<std::int32_t>(id * attribute));
+    }
+    wide.push_back(id);
+    if (i % 3 == 1) CdfgFreeNode(graph, id);
+  }
+  for (std::size_t i = 0; i < wide.size(); ++i) {
+    for (std::uint32_t attribute = 1; attribute <= 40; ++attribute) {
+      const auto wanted = i % 3 == 1 ? 0 : static_cast<std::int32_t>(wide[i] * attribute);
+      ASSERT_EQ(CdfgGetAttrInt(graph, wide[i], attribute), wanted);
     }
   }
 }
