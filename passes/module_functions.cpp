@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cdfg/chain.h"
@@ -39,18 +40,38 @@
 
 namespace {
 
-// Calls in a row of all calls that were found.
-struct CallRange {
-  std::size_t first;
-  std::size_t last;  // behind the range
+// An initialiser of whose inside only a part was looked at, and which calls were found there.
+struct HalfSeen {
+  NodeId initialiser;
+  std::size_t first;  // in the list of calls
+  std::size_t last;   // behind the range
 };
+
+// Calls that were found in a row.
+struct FoundCalls {
+  std::vector<NodeId> calls = {};
+  std::vector<HalfSeen> half_seen = {};
+};
+
+// How much had been found at some time.
+struct FoundSize {
+  std::size_t calls;
+  std::size_t half_seen;
+};
+
+struct FoundRange {
+  FoundSize first;
+  FoundSize last;  // behind the range
+};
+
+FoundSize SizeOf(const FoundCalls& found) { return {found.calls.size(), found.half_seen.size()}; }
 
 struct Collecting {
   CdfgGraph* graph;
   ModuleFunctionRecord* module = nullptr;  // null in phase 1
   // The calls of the design as phase 1 found them, and those in the body of each function.
-  std::vector<NodeId> calls = {};
-  IdMap<CallRange> calls_of = {};
+  FoundCalls found = {};
+  IdMap<FoundRange> found_in = {};
   // Phase 2, prefixed modules: what each copy made for this module descends from, and how many
   // copies of each function contain the walk.
   IdMap<NodeId> origins = {};
@@ -71,11 +92,11 @@ enum class Values : std::uint8_t { Nothing, Calls, CallsAsOftenAsMet };
 struct CallSearch {
   const CdfgGraph* graph;
   Values values;
-  std::vector<NodeId>& calls;  // where they go, in the order in which they are met
+  FoundCalls& found;  // where they go, in the order in which they are met
   ChainScan expression;
 
-  CallSearch(const CdfgGraph* of, Values in, std::vector<NodeId>& to)
-      : graph(of), values(in), calls(to), expression(of) {}
+  CallSearch(const CdfgGraph* of, Values in, FoundCalls& to)
+      : graph(of), values(in), found(to), expression(of) {}
 };
 
 void EnterIndexes(const CdfgGraph* graph, ChainScan& walk, NodeId port) {
@@ -104,7 +125,7 @@ void FindInExpression(CallSearch& search, NodeId first) {
         EnterIndexes(graph, walk, node);
         break;
       case DFG_FUNC_CALL:
-        search.calls.push_back(node);
+        search.found.calls.push_back(node);
         EnterArguments(graph, walk, node);
         break;
       default:
@@ -125,27 +146,35 @@ void FindInOperations(CallSearch& search, NodeId list) {
 // Kept. Where the first such walk meets no call, the others would not either.
 void FindInInitialiser(CallSearch& search, NodeId first) {
   const CdfgGraph* graph = search.graph;
-  std::vector<bool> is_done(1, search.values == Values::Nothing);  // by chain
+  const std::vector<NodeId>& calls = search.found.calls;
+  const std::size_t count_before = calls.size();
+  bool is_half_seen = false;
+  std::vector<bool> is_done(1);  // by chain
   ChainWalk walk(graph, first);
   while (const NodeId node = walk.Next()) {
     const auto chain = static_cast<std::size_t>(walk.Tag());
-    const std::size_t count = search.calls.size();
+    const std::size_t count = calls.size();
     switch (CdfgGetKind(graph, node)) {
       case CFG_MEMBER_LIST:
         walk.Enter(CdfgGetAttr(graph, node, CfgMemberList_MEMBER),
                    static_cast<int>(is_done.size()));
-        is_done.push_back(search.values == Values::Nothing);
+        is_done.push_back(false);
         break;
       case CFG_MEMBER:
         FindInExpression(search, CdfgGetAttr(graph, node, CfgMember_SIGNAL));
         break;
       default:
         if (is_done[chain]) break;
+        if (search.values == Values::Nothing) {
+          is_half_seen = true;
+          break;
+        }
         FindInExpression(search, node);
-        is_done[chain] = search.values == Values::Calls || search.calls.size() == count;
+        is_done[chain] = search.values == Values::Calls || calls.size() == count;
         break;
     }
   }
+  if (is_half_seen) search.found.half_seen.push_back({first, count_before, calls.size()});
 }
 
 void FindInDeclarations(CallSearch& search, NodeId list) {
@@ -197,42 +226,57 @@ void RecordMarkedCallee(const CdfgGraph* graph, NodeId call) {
 void FindInElements(Collecting& run, CallSearch& search, NodeId elements) {
   const CdfgGraph* graph = run.graph;
   NodeId function = 0;  // the one whose body is looked through
-  std::size_t first = 0;
-  const auto keep_calls = [&] {
-    if (function != 0) run.calls_of.try_emplace(function, CallRange{first, run.calls.size()});
+  FoundSize before{};
+  const auto keep_found = [&] {
+    if (function != 0) run.found_in.try_emplace(function, FoundRange{before, SizeOf(run.found)});
     function = 0;
   };
   StatementWalk walk(graph, elements, StatementScope::Elements);
   while (const NodeId statement = walk.Next()) {
     const bool is_element = walk.Depth() == 0;
-    if (is_element) keep_calls();
+    if (is_element) keep_found();
     if (CdfgGetKind(graph, statement) == CFG_FUNCTION) {
       FindInDeclarations(search, CdfgGetAttr(graph, statement, CfgFunc_DECLARE));
       function = is_element ? statement : 0;
-      first = run.calls.size();
+      before = SizeOf(run.found);
     } else {
       FindInStatement(search, statement);
     }
   }
-  keep_calls();
+  keep_found();
 }
 
 // --- Phase 2: what each module uses --------------------------------------------------------------
 
+// Finds once more what phase 1 found, and now all of the initialisers.
+void FindAgain(CallSearch& search, const FoundCalls& found, const FoundRange& range) {
+  const auto take_calls = [&](std::size_t first, std::size_t last) {
+    const auto begin = found.calls.begin();
+    search.found.calls.insert(search.found.calls.end(), begin + static_cast<std::ptrdiff_t>(first),
+                              begin + static_cast<std::ptrdiff_t>(last));
+  };
+  std::size_t next = range.first.calls;
+  for (std::size_t i = range.first.half_seen; i < range.last.half_seen; ++i) {
+    const HalfSeen& half_seen = found.half_seen[i];
+    take_calls(next, half_seen.first);
+    FindInInitialiser(search, half_seen.initialiser);
+    next = half_seen.last;
+  }
+  take_calls(next, range.last.calls);
+}
+
 // The calls of a function, those of its statements first.
 std::vector<NodeId> CallsOf(const Collecting& run, NodeId function, Values values) {
-  std::vector<NodeId> calls;
-  CallSearch search(run.graph, values, calls);
-  const auto known = run.calls_of.find(function);
-  if (known == run.calls_of.end()) {
+  FoundCalls found;
+  CallSearch search(run.graph, values, found);
+  const auto known = run.found_in.find(function);
+  if (known == run.found_in.end()) {
     FindInBody(search, function);
   } else {
-    const auto begin = run.calls.begin();
-    calls.assign(begin + static_cast<std::ptrdiff_t>(known->second.first),
-                 begin + static_cast<std::ptrdiff_t>(known->second.last));
+    FindAgain(search, run.found, known->second);
   }
   FindInDeclarations(search, CdfgGetAttr(run.graph, function, CfgFunc_DECLARE));
-  return calls;
+  return std::move(found.calls);
 }
 
 Deep<> UseCopies(Collecting& run, NodeId function);
@@ -374,11 +418,11 @@ void CopyPrototypes(CdfgGraph* graph, NodeId elements, const CopiesByName& copie
 // --- The phases ----------------------------------------------------------------------------------
 
 void RunPhase1(Collecting& run) {
-  CallSearch search(run.graph, Values::Nothing, run.calls);
+  CallSearch search(run.graph, Values::Nothing, run.found);
   for (const NodeId file : CdfgGetFiles(run.graph)) {
     FindInElements(run, search, CdfgGetAttr(run.graph, file, CfgFileinfo_ELEMENT));
   }
-  for (const NodeId call : run.calls) RecordMarkedCallee(run.graph, call);
+  for (const NodeId call : run.found.calls) RecordMarkedCallee(run.graph, call);
 }
 
 Deep<> RunPhase2(Collecting& run) {
@@ -388,7 +432,7 @@ Deep<> RunPhase2(Collecting& run) {
     } else {
       run.origins.clear();
       run.callees.clear();  // calls are redirected now
-      run.calls_of.clear();
+      run.found_in.clear();
       co_await UseCopies(run, run.module->function);
     }
   }
