@@ -65,11 +65,24 @@ class AttachedRecords {
   GlobalRecords& records_;
 };
 
-void MarkPort(const CdfgGraph* graph, NodeId port) {
-  if (!CdfgIsPortOrConcat(CdfgGetKind(graph, port))) return;
-  const NodeId declaration = CdfgGetAttr(graph, port, DfgPort_DECL);
-  auto* record = static_cast<GlobalRecord*>(CdfgGetUserData(graph, declaration));
-  if (record != nullptr) record->is_used = true;
+// The search through the functions.
+struct Marking {
+  const CdfgGraph* graph;
+  std::size_t unmarked;  // how many records there are still to be marked
+  ChainScan expression;
+  DepthGuard depth = {};
+
+  Marking(const CdfgGraph* of, const GlobalRecords& records)
+      : graph(of), unmarked(records.size()), expression(of) {}
+};
+
+void MarkPort(Marking& run, NodeId port) {
+  if (!CdfgIsPortOrConcat(CdfgGetKind(run.graph, port))) return;
+  const NodeId declaration = CdfgGetAttr(run.graph, port, DfgPort_DECL);
+  auto* record = static_cast<GlobalRecord*>(CdfgGetUserData(run.graph, declaration));
+  if (record == nullptr || record->is_used) return;
+  record->is_used = true;
+  --run.unmarked;
 }
 
 // --- Expressions ---------------------------------------------------------------------------------
@@ -81,7 +94,9 @@ void EnterListed(const CdfgGraph* graph, ChainScan& walk, NodeId list, std::uint
 }
 
 // Marks one node and enters what the chain fold enters at it.
-void MarkNode(const CdfgGraph* graph, ChainScan& walk, NodeId node) {
+void MarkNode(Marking& run, NodeId node) {
+  const CdfgGraph* graph = run.graph;
+  ChainScan& walk = run.expression;
   const std::uint32_t kind = CdfgGetKind(graph, node);
   if (kind == DFG_OPERATION) {
     walk.EnterOperands(node);
@@ -89,52 +104,52 @@ void MarkNode(const CdfgGraph* graph, ChainScan& walk, NodeId node) {
     const NodeId arguments = CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST);
     EnterListed(graph, walk, arguments, DfgPortInfo_SIGNAL);
   } else if (CdfgIsPortOrConcat(kind)) {
-    MarkPort(graph, node);
+    MarkPort(run, node);
     EnterListed(graph, walk, CdfgGetAttr(graph, node, DfgPort_DIMNODE), DfgDim_NODE);
     walk.Enter(CdfgGetAttr(graph, node, DfgPort_STRSON));
   }
 }
 
-void MarkChain(const CdfgGraph* graph, ChainScan& walk, NodeId first) {
-  walk.Start(first);
-  while (const NodeId node = walk.Next()) MarkNode(graph, walk, node);
+void MarkChain(Marking& run, NodeId first) {
+  run.expression.Start(first);
+  while (const NodeId node = run.expression.Next()) MarkNode(run, node);
 }
 
 // In front of an assignment edge the fold enters variables and operations only.
-void MarkTarget(const CdfgGraph* graph, ChainScan& walk, NodeId edge) {
+void MarkTarget(Marking& run, NodeId edge) {
+  const CdfgGraph* graph = run.graph;
+  ChainScan& walk = run.expression;
   walk.Start(CdfgPrevUntilOperation(graph, edge));
   while (const NodeId node = walk.Next()) {
     const std::uint32_t kind = CdfgGetKind(graph, node);
     const bool is_entered =
         kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_VAR || kind == DFG_OPERATION;
     if (walk.Depth() > 0 || is_entered) {
-      MarkNode(graph, walk, node);
+      MarkNode(run, node);
     } else if (node == edge) {
       break;
     } else {
-      MarkPort(graph, node);
+      MarkPort(run, node);
     }
   }
 }
 
-void MarkOperationList(const CdfgGraph* graph, ChainScan& walk, NodeId list) {
+// All of this has been walked by the fold, so once nothing is left to be found it is left out.
+void MarkOperationList(Marking& run, NodeId list) {
+  const CdfgGraph* graph = run.graph;
+  if (run.unmarked == 0) return;
   for (const NodeId element : NextChain(graph, list)) {
     const NodeId root = CdfgGetAttr(graph, element, DfgOpeman_OPE);
-    if (CdfgIsAssignment(CdfgGetKind(graph, root))) MarkTarget(graph, walk, root);
-    MarkChain(graph, walk, root);
+    if (CdfgIsAssignment(CdfgGetKind(graph, root))) MarkTarget(run, root);
+    MarkChain(run, root);
   }
 }
 
 // --- Declarations --------------------------------------------------------------------------------
 
-struct TreeMarking {
-  const CdfgGraph* graph;
-  DepthGuard depth;
-};
-
 // What the tree fold enters: operands that are operations themselves.
-Deep<> MarkTree(TreeMarking& run, NodeId expression) {
-  MarkPort(run.graph, expression);
+Deep<> MarkTree(Marking& run, NodeId expression) {
+  MarkPort(run, expression);
   if (CdfgGetKind(run.graph, expression) != DFG_OPERATION) co_return;
   const DepthScope inside(run.depth, expression);
   co_await MarkTree(run, CdfgGetAttr(run.graph, expression, DfgOpe_LEFT));
@@ -142,15 +157,16 @@ Deep<> MarkTree(TreeMarking& run, NodeId expression) {
   co_await MarkTree(run, CdfgGetAttr(run.graph, expression, DfgOpe_COND));
 }
 
-void MarkDimensions(const CdfgGraph* graph, NodeId declaration) {
-  TreeMarking run{graph, {}};
+void MarkDimensions(Marking& run, NodeId declaration) {
+  const CdfgGraph* graph = run.graph;
   for (const NodeId item : NextChain(graph, CdfgGetAttr(graph, declaration, CfgDecl_DIMNODE))) {
     RunDeep(MarkTree(run, CdfgGetAttr(graph, item, DfgDim_NODE)));
   }
 }
 
-void MarkInitialiser(const CdfgGraph* graph, NodeId declaration) {
-  ChainScan walk(graph);
+void MarkInitialiser(Marking& run, NodeId declaration) {
+  const CdfgGraph* graph = run.graph;
+  ChainScan& walk = run.expression;
   walk.Start(CdfgGetAttr(graph, declaration, CfgDecl_INIT));
   while (const NodeId node = walk.Next()) {
     switch (CdfgGetKind(graph, node)) {
@@ -161,18 +177,19 @@ void MarkInitialiser(const CdfgGraph* graph, NodeId declaration) {
         walk.Enter(CdfgGetAttr(graph, node, CfgMember_SIGNAL));
         break;
       default:
-        MarkNode(graph, walk, node);
+        MarkNode(run, node);
         break;
     }
   }
 }
 
-void MarkDeclarations(const CdfgGraph* graph, NodeId list) {
+void MarkDeclarations(Marking& run, NodeId list) {
+  const CdfgGraph* graph = run.graph;
   ChainWalk walk(graph, list);
   while (const NodeId node = walk.Next()) {
     if (CdfgGetKind(graph, node) != CFG_DECLARE) continue;
-    MarkDimensions(graph, node);
-    MarkInitialiser(graph, node);
+    MarkDimensions(run, node);
+    MarkInitialiser(run, node);
     const NodeId structure = CdfgGetAttr(graph, node, CfgDecl_STRUCTNODE);
     walk.Enter(CdfgGetAttr(graph, structure, CfgStruct_MEMBER));
   }
@@ -180,15 +197,15 @@ void MarkDeclarations(const CdfgGraph* graph, NodeId list) {
 
 // --- Functions -----------------------------------------------------------------------------------
 
-void MarkFunction(const CdfgGraph* graph, NodeId function) {
-  MarkDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_DECLARE));
-  MarkDeclarations(graph, CdfgGetAttr(graph, function, CfgFunc_ARGLIST));
-  ChainScan expressions(graph);
+void MarkFunction(Marking& run, NodeId function) {
+  const CdfgGraph* graph = run.graph;
+  MarkDeclarations(run, CdfgGetAttr(graph, function, CfgFunc_DECLARE));
+  MarkDeclarations(run, CdfgGetAttr(graph, function, CfgFunc_ARGLIST));
   StatementWalk walk(graph, CdfgGetAttr(graph, function, CfgFunc_STARTCFG));
   while (const NodeId statement = walk.Next()) {
-    MarkOperationList(graph, expressions, CdfgGetOperationList(graph, statement));
+    MarkOperationList(run, CdfgGetOperationList(graph, statement));
     if (CdfgGetKind(graph, statement) == CFG_DECLARE_DEF) {
-      MarkDeclarations(graph, CdfgGetAttr(graph, statement, CfgDeclDef_DECL));
+      MarkDeclarations(run, CdfgGetAttr(graph, statement, CfgDeclDef_DECL));
     }
   }
 }
@@ -199,8 +216,9 @@ std::vector<NodeId> FindUsedGlobals(CdfgGraph* graph, FunctionCursor::Test is_mo
   GlobalRecords records = CollectGlobals(graph);
   {
     const AttachedRecords attached(graph, records);
+    Marking run(graph, records);
     FunctionCursor functions(graph, is_module_code);
-    while (const NodeId function = functions.Next()) MarkFunction(graph, function);
+    while (const NodeId function = functions.Next()) MarkFunction(run, function);
   }
   std::vector<NodeId> used;
   for (auto record = records.rbegin(); record != records.rend(); ++record) {
