@@ -108,8 +108,10 @@ struct Modifying {
   IdBits hoisted = {};
 };
 
+// Adds a record that was found at `node`.
 template <class Record>
-void AppendTo(PlaceList& list, Records<Record>& records, const Record& record) {
+void AppendTo(PlaceList& list, Records<Record>& records, const Record& record, NodeId node) {
+  if (records.Size() == kNoPlace) CdfgStopEndless(node);
   const auto place = static_cast<Place>(records.Size());
   records.Add(record);
   if (list.first == kNoPlace) {
@@ -168,7 +170,7 @@ void AddToGroup(Modifying& run, NodeId definition, NodeId structure) {
     return IsSameText(found.file, key.file) && IsSameText(found.tag, key.tag);
   });
   if (group == next) run.groups.Add({});
-  AppendTo(run.groups[group], run.entries, {definition, structure});
+  AppendTo(run.groups[group], run.entries, {definition, structure}, definition);
 }
 
 void GroupStructures(Modifying& run, NodeId elements) {
@@ -221,7 +223,7 @@ bool IsDefinedInPlace(const Modifying& run, const NestedStructLink& link) {
 }
 
 void AddLink(Modifying& run, Place entry, const NestedStructLink& link) {
-  AppendTo(run.entries[entry].links, run.links, link);
+  AppendTo(run.entries[entry].links, run.links, link, link.member);
   if (run.links.Size() > kLinksAtLeast + kLinksPerNode * CdfgNodeCount(run.graph)) {
     CdfgStopEndless(link.member);
   }
