@@ -14,6 +14,7 @@
 #include "cdfg/graph.h"
 #include "cdfg/runaway.h"
 #include "cdfg/stack.h"
+#include "cdfg/walk.h"
 
 class ChainScan {
  public:
@@ -50,9 +51,10 @@ class ChainScan {
   }
   // The same for the operands of an operation: left, right, condition.
   void EnterOperands(NodeId operation) {
-    Enter(CdfgGetAttr(graph_, operation, DfgOpe_LEFT));
-    Enter(CdfgGetAttr(graph_, operation, DfgOpe_RIGHT));
-    Enter(CdfgGetAttr(graph_, operation, DfgOpe_COND));
+    const CdfgOperands operands = CdfgGetOperands(graph_, operation);
+    Enter(operands.left);
+    Enter(operands.right);
+    Enter(operands.condition);
   }
 
   // How many nodes contain the current one; 0 on the chain that the walk began with.

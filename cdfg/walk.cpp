@@ -10,35 +10,6 @@
 
 namespace {
 
-struct Operands {
-  NodeId left = 0;
-  NodeId right = 0;
-  NodeId condition = 0;
-};
-
-// What three calls of CdfgGetAttr answer, from one look at the operation: its attributes are mostly
-// these.
-Operands FindOperands(const CdfgGraph* graph, NodeId operation) {
-  Operands operands;
-  const std::uint32_t place = FindPlace(graph, operation);
-  if (place == kNoPlace) return operands;
-  const NodeRecord& node = NodeAt(*graph, place);
-  if (HasRun(node)) {
-    operands.left = CdfgGetAttr(graph, operation, DfgOpe_LEFT);
-    operands.right = CdfgGetAttr(graph, operation, DfgOpe_RIGHT);
-    operands.condition = CdfgGetAttr(graph, operation, DfgOpe_COND);
-    return operands;
-  }
-  for (const Attribute& attribute : node.own) {
-    if (attribute.type == ATTR_STRING) continue;
-    const auto value = static_cast<NodeId>(BitsOf(*graph, attribute));
-    if (attribute.id == DfgOpe_LEFT) operands.left = value;
-    if (attribute.id == DfgOpe_RIGHT) operands.right = value;
-    if (attribute.id == DfgOpe_COND) operands.condition = value;
-  }
-  return operands;
-}
-
 // What kind of chain a statement walk is on: which nodes of it are visited and entered.
 enum Tag : int { kStatements, kIfParts, kCaseParts, kLoopParts };
 
@@ -107,6 +78,29 @@ Inside InsideOf(std::uint32_t kind, int tag, StatementScope scope) {
 
 }  // namespace
 
+// --- Operands ------------------------------------------------------------------------------------
+
+CdfgOperands CdfgGetOperands(const CdfgGraph* graph, NodeId operation) {
+  CdfgOperands operands;
+  const std::uint32_t place = FindPlace(graph, operation);
+  if (place == kNoPlace) return operands;
+  const NodeRecord& node = NodeAt(*graph, place);
+  if (HasRun(node)) {
+    operands.left = CdfgGetAttr(graph, operation, DfgOpe_LEFT);
+    operands.right = CdfgGetAttr(graph, operation, DfgOpe_RIGHT);
+    operands.condition = CdfgGetAttr(graph, operation, DfgOpe_COND);
+    return operands;
+  }
+  for (const Attribute& attribute : node.own) {
+    if (attribute.type == ATTR_STRING) continue;
+    const auto value = static_cast<NodeId>(BitsOf(*graph, attribute));
+    if (attribute.id == DfgOpe_LEFT) operands.left = value;
+    if (attribute.id == DfgOpe_RIGHT) operands.right = value;
+    if (attribute.id == DfgOpe_COND) operands.condition = value;
+  }
+  return operands;
+}
+
 // --- ChainWalk -----------------------------------------------------------------------------------
 
 void ChainWalk::PushChain(NodeId first, std::uint32_t depth, int tag) {
@@ -139,7 +133,7 @@ void ChainWalk::Enter(NodeId first, int tag) {
 }
 
 void ChainWalk::EnterOperands(NodeId operation, int tag) {
-  const Operands operands = FindOperands(graph_, operation);
+  const CdfgOperands operands = CdfgGetOperands(graph_, operation);
   if (asked_ != 0 || frames_.IsEmpty()) {
     Enter(operands.left, tag);
     Enter(operands.right, tag);

@@ -24,6 +24,15 @@
 #include "cdfg/runaway.h"
 #include "cdfg/stack.h"
 
+// The operands of an operation: what CdfgGetAttr answers for each of them, found with one look at
+// its attributes.
+struct CdfgOperands {
+  NodeId left = 0;
+  NodeId right = 0;
+  NodeId condition = 0;
+};
+CdfgOperands CdfgGetOperands(const CdfgGraph* graph, NodeId operation);
+
 // A walk over a chain and the chains below it, in depth-first order.
 class ChainWalk {
  public:
