@@ -19,7 +19,8 @@ constexpr std::int32_t kShort = 3;
 
 struct Typing {
   const CdfgGraph* graph;
-  DepthGuard depth;
+  DeclaredTypes* known;
+  DepthGuard depth = {};
 };
 
 // --- Binary operators ----------------------------------------------------------------------------
@@ -122,20 +123,48 @@ ExprType Promote(const ExprType& type) {
 
 // --- Leaves --------------------------------------------------------------------------------------
 
-ExprType VariableType(const CdfgGraph* graph, NodeId variable) {
+// What a declaration says, structures aside.
+DeclaredTypes::Entry ReadDeclaration(const CdfgGraph* graph, NodeId declaration) {
+  return {declaration, CdfgGetAttrInt(graph, declaration, CfgDecl_VALTYPE),
+          CdfgGetAttrInt(graph, declaration, CfgDecl_SIGNED),
+          std::int64_t{CdfgGetAttrInt(graph, declaration, CfgDecl_POINTERCNT)} +
+              CdfgGetAttrInt(graph, declaration, CfgDecl_DIMCNT)};
+}
+
+// Ids count up from the last node's, so no node made later can have this one.
+bool HasOldId(const CdfgGraph* graph, NodeId node) {
+  return node <= CdfgNodeIdAt(graph, CdfgNodeCount(graph) - 1);
+}
+
+DeclaredTypes::Entry KnownDeclaration(const CdfgGraph* graph, NodeId declaration,
+                                      DeclaredTypes* known) {
+  if (known == nullptr || declaration == 0) return ReadDeclaration(graph, declaration);
+  DeclaredTypes::Entry& entry = known->entries[declaration % known->entries.size()];
+  if (entry.declaration == declaration) return entry;
+  const DeclaredTypes::Entry read = ReadDeclaration(graph, declaration);
+  if (HasOldId(graph, declaration)) entry = read;
+  return read;
+}
+
+NodeId LastMember(const CdfgGraph* graph, NodeId variable) {
+  if (CdfgGetMemberSon(graph, variable) == 0) return variable;
   NodeId last = variable;
   for (const NodeId member : MemberChain(graph, variable)) last = member;
+  return last;
+}
+
+ExprType VariableType(const CdfgGraph* graph, NodeId variable, DeclaredTypes* known) {
+  const NodeId last = LastMember(graph, variable);
   const NodeId declaration = CdfgGetAttr(graph, last, DfgPort_DECL);
+  const DeclaredTypes::Entry declared = KnownDeclaration(graph, declaration, known);
   ExprType type;
-  type.value_type = CdfgGetAttrInt(graph, declaration, CfgDecl_VALTYPE);
-  type.signedness = CdfgGetAttrInt(graph, declaration, CfgDecl_SIGNED);
-  const std::int64_t declared =
-      std::int64_t{CdfgGetAttrInt(graph, declaration, CfgDecl_POINTERCNT)} +
-      CdfgGetAttrInt(graph, declaration, CfgDecl_DIMCNT);
+  type.value_type = declared.value_type;
+  type.signedness = declared.signedness;
   const std::int64_t used = std::int64_t{CdfgGetAttrInt(graph, last, DfgPort_POINTERCNT)} +
                             CdfgGetAttrInt(graph, last, DfgPort_DIMCNT) -
                             CdfgGetAttrInt(graph, last, DfgPort_ADDRFLG);
-  type.pointer_count = static_cast<std::int32_t>(std::max<std::int64_t>(declared - used, 0));
+  type.pointer_count =
+      static_cast<std::int32_t>(std::max<std::int64_t>(declared.indirection - used, 0));
   if (type.value_type == DECL_VALTYPE_STRUCT) {
     type.struct_origin = CdfgGetAttr(graph, declaration, CfgDecl_STRUCTORGNODE);
     type.struct_members = CdfgGetAttr(graph, declaration, CfgDecl_STRUCTNODE);
@@ -195,29 +224,43 @@ ExprType CastType(const CdfgGraph* graph, NodeId cast) {
 
 // --- Any node ------------------------------------------------------------------------------------
 
-ExprType LeafType(const CdfgGraph* graph, NodeId node) {
-  switch (CdfgGetKind(graph, node)) {
+// A node that stands for a value.
+struct Value {
+  NodeId node;
+  std::uint32_t kind;
+
+  bool IsOperation() const { return kind == DFG_OPERATION; }
+};
+
+ExprType LeafType(const CdfgGraph* graph, const Value& leaf, DeclaredTypes* known) {
+  switch (leaf.kind) {
     case DFG_INPUT_VAR:
     case DFG_OUTPUT_VAR:
-      return VariableType(graph, node);
+      return VariableType(graph, leaf.node, known);
     case DFG_INPUT_CONST:
-      return ConstantType(graph, node);
+      return ConstantType(graph, leaf.node);
     case DFG_FUNC_CALL:
-      return CallType(graph, node);
+      return CallType(graph, leaf.node);
     case DFG_SPEC:
-      return CastType(graph, node);
+      return CastType(graph, leaf.node);
     default:
       return {};
   }
 }
 
-// What stands behind an operand's references.
-NodeId OperandOf(const CdfgGraph* graph, NodeId operation, std::uint32_t attribute) {
-  return CdfgSkipReferences(graph, CdfgGetAttr(graph, operation, attribute));
+// What stands behind references, of which there is one as a rule.
+Value ValueBehind(const CdfgGraph* graph, NodeId first) {
+  const std::uint32_t kind = CdfgGetKind(graph, first);
+  if (kind != DFG_EDGE_PRESEDE) return {first, kind};
+  const NodeId next = CdfgGetNext(graph, first);
+  const std::uint32_t next_kind = CdfgGetKind(graph, next);
+  if (next_kind != DFG_EDGE_PRESEDE) return {next, next_kind};
+  const NodeId last = CdfgSkipReferences(graph, first);
+  return {last, CdfgGetKind(graph, last)};
 }
 
-bool IsOperation(const CdfgGraph* graph, NodeId node) {
-  return CdfgGetKind(graph, node) == DFG_OPERATION;
+Value OperandOf(const CdfgGraph* graph, NodeId operation, std::uint32_t attribute) {
+  return ValueBehind(graph, CdfgGetAttr(graph, operation, attribute));
 }
 
 Deep<ExprType> OperationType(Typing& run, NodeId operation) {
@@ -225,34 +268,41 @@ Deep<ExprType> OperationType(Typing& run, NodeId operation) {
   const std::int32_t code = CdfgGetAttrInt(graph, operation, DfgOpe_TYPE);
   if (CdfgIsTruthOperator(code)) co_return ExprType{};
   const DepthScope inside(run.depth, operation);
-  const NodeId left_node = OperandOf(graph, operation, DfgOpe_LEFT);
-  const ExprType left = IsOperation(graph, left_node) ? co_await OperationType(run, left_node)
-                                                      : LeafType(graph, left_node);
-  if (IsLeftOperator(code)) co_return Promote(left);
-  const NodeId right_node = OperandOf(graph, operation, DfgOpe_RIGHT);
-  const ExprType right = IsOperation(graph, right_node) ? co_await OperationType(run, right_node)
-                                                        : LeafType(graph, right_node);
-  co_return Combine(left, right);
+  const Value left = OperandOf(graph, operation, DfgOpe_LEFT);
+  const ExprType left_type = left.IsOperation() ? co_await OperationType(run, left.node)
+                                                : LeafType(graph, left, run.known);
+  if (IsLeftOperator(code)) co_return Promote(left_type);
+  const Value right = OperandOf(graph, operation, DfgOpe_RIGHT);
+  const ExprType right_type = right.IsOperation() ? co_await OperationType(run, right.node)
+                                                  : LeafType(graph, right, run.known);
+  co_return Combine(left_type, right_type);
 }
 
 // The type of an operation none of whose operands is one; nothing when one is. Once expressions are
 // divided, all operations are like that.
-std::optional<ExprType> FlatOperationType(const CdfgGraph* graph, NodeId operation) {
+std::optional<ExprType> FlatOperationType(const CdfgGraph* graph, NodeId operation,
+                                          DeclaredTypes* known) {
   const std::int32_t code = CdfgGetAttrInt(graph, operation, DfgOpe_TYPE);
   if (CdfgIsTruthOperator(code)) return ExprType{};
-  const NodeId left = OperandOf(graph, operation, DfgOpe_LEFT);
-  if (IsOperation(graph, left)) return {};
-  if (IsLeftOperator(code)) return Promote(LeafType(graph, left));
-  const NodeId right = OperandOf(graph, operation, DfgOpe_RIGHT);
-  if (IsOperation(graph, right)) return {};
-  return Combine(LeafType(graph, left), LeafType(graph, right));
+  const Value left = OperandOf(graph, operation, DfgOpe_LEFT);
+  if (left.IsOperation()) return {};
+  if (IsLeftOperator(code)) return Promote(LeafType(graph, left, known));
+  const Value right = OperandOf(graph, operation, DfgOpe_RIGHT);
+  if (right.IsOperation()) return {};
+  return Combine(LeafType(graph, left, known), LeafType(graph, right, known));
 }
 
-ExprType TypeOfAnyOperation(const CdfgGraph* graph, NodeId operation) {
+ExprType TypeOfAnyOperation(const CdfgGraph* graph, NodeId operation, DeclaredTypes* known) {
   CdfgCountStep(operation);
-  if (const std::optional<ExprType> type = FlatOperationType(graph, operation)) return *type;
-  Typing run{graph, {}};
+  if (const auto type = FlatOperationType(graph, operation, known)) return *type;
+  Typing run{graph, known};
   return RunDeep(OperationType(run, operation));
+}
+
+ExprType TypeOfAny(const CdfgGraph* graph, NodeId node, DeclaredTypes* known) {
+  const Value value = ValueBehind(graph, node);
+  return value.IsOperation() ? TypeOfAnyOperation(graph, value.node, known)
+                             : LeafType(graph, value, known);
 }
 
 std::int32_t Answer(const ExprType& found, ExprType* type) {
@@ -263,17 +313,19 @@ std::int32_t Answer(const ExprType& found, ExprType* type) {
 }  // namespace
 
 std::int32_t TypeOfExpression(const CdfgGraph* graph, NodeId node, ExprType* type) {
-  const NodeId value = CdfgSkipReferences(graph, node);
-  return Answer(
-      IsOperation(graph, value) ? TypeOfAnyOperation(graph, value) : LeafType(graph, value), type);
+  return Answer(TypeOfAny(graph, node, nullptr), type);
+}
+
+ExprType TypeByKnown(const CdfgGraph* graph, NodeId node, DeclaredTypes& known) {
+  return TypeOfAny(graph, node, &known);
 }
 
 std::int32_t TypeOfOperation(const CdfgGraph* graph, NodeId operation, ExprType* type) {
-  return Answer(TypeOfAnyOperation(graph, operation), type);
+  return Answer(TypeOfAnyOperation(graph, operation, nullptr), type);
 }
 
 std::int32_t TypeOfVariable(const CdfgGraph* graph, NodeId variable, ExprType* type) {
-  return Answer(VariableType(graph, variable), type);
+  return Answer(VariableType(graph, variable, nullptr), type);
 }
 
 std::int32_t TypeOfCall(const CdfgGraph* graph, NodeId call, ExprType* type) {

@@ -5,6 +5,7 @@
 // stored. What is missing in the graph reads as 0.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "cdfg/edit.h"
@@ -20,3 +21,18 @@ std::int32_t TypeOfOperation(const CdfgGraph* graph, NodeId operation, ExprType*
 std::int32_t TypeOfVariable(const CdfgGraph* graph, NodeId variable, ExprType* type);
 // A DFG_FUNC_CALL: what the function returns.
 std::int32_t TypeOfCall(const CdfgGraph* graph, NodeId call, ExprType* type);
+
+// What has been read off declarations lately, for a pass that asks for the types of many
+// expressions and leaves declarations as they are once they are made.
+struct DeclaredTypes {
+  struct Entry {
+    NodeId declaration = 0;  // 0: empty
+    std::int32_t value_type = 0;
+    std::int32_t signedness = 0;
+    std::int64_t indirection = 0;
+  };
+  std::array<Entry, 8> entries = {};  // by the lowest bits of the declaration
+};
+
+// TypeOfExpression by what is known.
+ExprType TypeByKnown(const CdfgGraph* graph, NodeId node, DeclaredTypes& known);

@@ -18,12 +18,6 @@
 // The codes of x++ and x--, the only operators whose value is not what they assign.
 constexpr bool IsPostStep(std::int32_t code) { return code == 61 || code == 63; }
 
-inline ExprType TypeOfValue(const CdfgGraph* graph, NodeId node) {
-  ExprType type;
-  TypeOfExpression(graph, node, &type);
-  return type;
-}
-
 // A chain of statements (DFG_MANAGE_OPERATION nodes) as it grows.
 struct StatementList {
   NodeId head = 0;
@@ -55,7 +49,12 @@ struct Division {
   NodeId saved_target = 0;
   DepthGuard depth = {};
   Stack<OperandPlace> operands = {};  // the innermost operation last
+  DeclaredTypes declared = {};
 };
+
+inline ExprType TypeOfValue(Division& run, NodeId node) {
+  return TypeByKnown(run.graph, node, run.declared);
+}
 
 // --- division_operands.cpp -----------------------------------------------------------------------
 

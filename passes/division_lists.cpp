@@ -25,8 +25,9 @@ void SetRoot(CdfgGraph* graph, NodeId statement, NodeId root) {
 }
 
 // Makes the root's value the value of a new temporary.
-void AssignRootToTemp(CdfgGraph* graph, NodeId statement, NodeId root) {
-  const NodeId variable = MakeTempVar(graph, root, TypeOfValue(graph, root));
+void AssignRootToTemp(Division& run, NodeId statement, NodeId root) {
+  CdfgGraph* graph = run.graph;
+  const NodeId variable = MakeTempVar(graph, root, TypeOfValue(run, root));
   SetRoot(graph, statement, MakeAssignment(graph, root, variable, root));
 }
 
@@ -43,7 +44,7 @@ void DereferenceRoot(Division& run, NodeId statement, NodeId operation) {
   const NodeId reference = CopyAsReference(graph, CdfgGetPrev(graph, root));
   if (reference == 0) return;
   CdfgSetAttrInt(graph, CdfgGetNext(graph, reference), DfgPort_POINTERCNT, count);
-  AssignRootToTemp(graph, statement, reference);
+  AssignRootToTemp(run, statement, reference);
 }
 
 Deep<> DivideOperationRoot(Division& run, NodeId statement, NodeId root) {
@@ -51,7 +52,7 @@ Deep<> DivideOperationRoot(Division& run, NodeId statement, NodeId root) {
   if (const NodeId edge = RewriteAssignment(run, root, Within::Statement)) {
     SetRoot(run.graph, statement, edge);
   } else if (!run.keeps_root) {
-    AssignRootToTemp(run.graph, statement, root);
+    AssignRootToTemp(run, statement, root);
   }
   DereferenceRoot(run, statement, root);
 }
@@ -63,7 +64,7 @@ Deep<> DivideAssignmentRoot(Division& run, NodeId root) {
 
 Deep<> DivideCallRoot(Division& run, NodeId statement, NodeId root, ListMode mode) {
   co_await DivideArguments(run, root);
-  if (mode == ListMode::Value) AssignRootToTemp(run.graph, statement, root);
+  if (mode == ListMode::Value) AssignRootToTemp(run, statement, root);
 }
 
 Deep<> DivideCastOperand(Division& run, NodeId cast) {
@@ -83,7 +84,7 @@ Deep<> DivideCastRoot(Division& run, NodeId statement, NodeId cast, ListMode mod
   CdfgGraph* graph = run.graph;
   co_await DivideCastOperand(run, cast);
   if (mode == ListMode::Statements) co_return;
-  const ExprType type = TypeOfValue(graph, cast);
+  const ExprType type = TypeOfValue(run, cast);
   const NodeId variable = MakeCastVar(graph, cast, type);
   const NodeId value = type.pointer_count >= 1 ? cast : CdfgGetNext(graph, cast);
   SetRoot(graph, statement, MakeAssignment(graph, cast, variable, value));

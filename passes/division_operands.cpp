@@ -57,7 +57,7 @@ NodeId AssignToTemp(Division& run, NodeId value, const ExprType& type) {
 }
 
 NodeId AssignToTemp(Division& run, NodeId value) {
-  return AssignToTemp(run, value, TypeOfValue(run.graph, value));
+  return AssignToTemp(run, value, TypeOfValue(run, value));
 }
 
 // --- Assignment operators ------------------------------------------------------------------------
@@ -81,7 +81,7 @@ NodeId AssignedPort(const CdfgGraph* graph, NodeId operation) {
 // x++ used as a value: T = x goes ahead, and T's target is remembered.
 void SaveOldValue(Division& run, NodeId port) {
   const NodeId copy = CdfgCopyInput(run.graph, port);
-  const NodeId variable = MakeTempVar(run.graph, copy, TypeOfValue(run.graph, copy));
+  const NodeId variable = MakeTempVar(run.graph, copy, TypeOfValue(run, copy));
   run.saved_target = CdfgGetPrev(run.graph, AssignPending(run, variable, copy));
 }
 
@@ -230,7 +230,7 @@ Deep<NodeId> DivideCast(Division& run, NodeId cast) {
   CollapseCasts(graph, cast);
   const NodeId operand = co_await DivideSubExpression(run, CdfgGetNext(graph, cast));
   if (operand != 0) LinkValueBehind(graph, cast, operand);
-  const ExprType type = TypeOfValue(graph, cast);
+  const ExprType type = TypeOfValue(run, cast);
   const NodeId variable = MakeCastVar(graph, cast, type);
   AssignPending(run, variable, type.pointer_count >= 1 ? cast : CdfgGetNext(graph, cast));
   co_return MakeReference(graph, variable);
@@ -265,7 +265,7 @@ Deep<> DivideReferenceIndex(Division& run, NodeId index, NodeId reference) {
       if (!CdfgIsPort(CdfgGetKind(graph, port))) break;
       co_await DivideMember(run, port, is_settled);
       if (!IsIndexedVariable(graph, port)) continue;
-      if (!type) type = TypeOfValue(graph, port);
+      if (!type) type = TypeOfValue(run, port);
       const NodeId read = MakeReference(graph, AssignToTemp(run, port, *type));
       CdfgSetAttrNode(graph, index, DfgDim_NODE, read);
     }
@@ -453,7 +453,7 @@ Deep<> DivideLeftSide(Division& run, NodeId edge) {
     AppendPending(run, MakeStatement(graph, rewritten));
     new_target = CopyAsTarget(graph, TakeAssignedPort(run, rewritten));
   } else {
-    const NodeId variable = MakeTempVar(graph, target, TypeOfValue(graph, target));
+    const NodeId variable = MakeTempVar(graph, target, TypeOfValue(run, target));
     const NodeId assignment = AssignPending(run, variable, target);
     CdfgSetNext(graph, target, 0);
     new_target = CdfgCopyInput(graph, CdfgGetPrev(graph, assignment));
