@@ -32,7 +32,6 @@ struct NameSet {
 };
 
 std::unique_ptr<NameSet> name_set;
-std::string fresh_name;
 
 // What the names of a program do not begin with, as a rule.
 bool IsReserved(std::string_view name) { return name.starts_with("__"); }
@@ -97,18 +96,52 @@ int NameSetContains(const char* name) {
 
 namespace {
 
-// Makes `name` the prefix and the number, in decimal with at least so many digits.
-void Number(std::string& name, std::string_view prefix, int digits, int number) {
+// A name as it was made of its parts.
+struct NumberedName {
+  std::string text;
+  std::size_t prefix_size = 0;
+  int digits = -1;  // -1: not made yet
+  int number = 0;
+
+  std::string_view Prefix() const { return std::string_view(text).substr(0, prefix_size); }
+};
+
+NumberedName fresh;
+
+// The prefix and the number, in decimal with at least so many digits.
+void Make(NumberedName& name, std::string_view prefix, int digits, int number) {
   char text[16];
   const unsigned magnitude =
       number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
   const char* end = std::to_chars(std::begin(text), std::end(text), magnitude).ptr;
   const auto length = static_cast<std::size_t>(end - text);
   const auto wanted = static_cast<std::size_t>(digits);
-  name.assign(prefix);
-  if (number < 0) name.push_back('-');
-  if (length < wanted) name.append(wanted - length, '0');
-  name.append(text, length);
+  name.text.assign(prefix);
+  if (number < 0) name.text.push_back('-');
+  if (length < wanted) name.text.append(wanted - length, '0');
+  name.text.append(text, length);
+  name.prefix_size = prefix.size();
+  name.digits = digits;
+  name.number = number;
+}
+
+// The same for the name whose number is one higher, by counting on in its digits; false, with
+// nothing done, where there is no digit for the carry.
+bool CountOn(NumberedName& name) {
+  std::size_t last = name.text.size();
+  while (last > name.prefix_size && name.text[last - 1] == '9') --last;
+  if (last == name.prefix_size || name.number < 0) return false;
+  ++name.text[last - 1];
+  for (; last < name.text.size(); ++last) name.text[last] = '0';
+  ++name.number;
+  return true;
+}
+
+// Makes `fresh` the name of this number. It follows the last one as a rule.
+void MakeFresh(std::string_view prefix, int digits, int number) {
+  const bool follows = fresh.digits == digits && fresh.number < number &&
+                       fresh.number == number - 1 && fresh.Prefix() == prefix;
+  if (!follows || !CountOn(fresh)) Make(fresh, prefix, digits, number);
 }
 
 // Whether a name made of one prefix could be one made of the other.
@@ -121,31 +154,31 @@ bool AreAlike(std::string_view prefix, std::string_view other) {
 Family* FamilyOf(std::string_view prefix, int digits, int number) {
   if (!IsReserved(prefix) || number < 0 || number == INT_MAX) return nullptr;
   for (Family& family : name_set->families) {
-    if (!AreAlike(prefix, family.prefix)) continue;
-    const bool is_next = family.prefix == prefix && family.digits == digits;
-    return is_next && family.next == number ? &family : nullptr;
+    const bool is_next = family.next == number && family.digits == digits;
+    if (is_next && family.prefix == prefix) return &family;
+    if (AreAlike(prefix, family.prefix)) return nullptr;
   }
   return &name_set->families.emplace_back(Family{std::string(prefix), digits, number, number});
 }
 
 // Fresh names are asked for in the order of their numbers, and ten that follow one another lie side
 // by side: the next ten are fetched while these are used up.
-void ExpectNextTen(const char* prefix, int digits, int number) {
+void ExpectNextTen(std::string_view prefix, int digits, int number) {
   constexpr int kTen = 10;
   if (number % kTen != 0 || number > INT_MAX - kTen) return;
-  std::string name;
-  Number(name, prefix, digits, number + kTen);
-  name_set->table.Expect(name);
+  NumberedName name;
+  Make(name, prefix, digits, number + kTen);
+  name_set->table.Expect(name.text);
 }
 
-// Adds the fresh name of this number; false when it is there already.
-bool AddFresh(const char* prefix, int digits, int number) {
-  if (Family* family = FamilyOf(prefix, digits, number)) {
+// Adds the fresh name; false when it is there already.
+bool AddFresh() {
+  if (Family* family = FamilyOf(fresh.Prefix(), fresh.digits, fresh.number)) {
     ++family->next;
-    return !IsInTable(fresh_name);
+    return !IsInTable(fresh.text);
   }
-  ExpectNextTen(prefix, digits, number);
-  return Add(fresh_name);
+  ExpectNextTen(fresh.Prefix(), fresh.digits, fresh.number);
+  return Add(fresh.text);
 }
 
 }  // namespace
@@ -155,10 +188,10 @@ const std::string& NameSetFresh(const char* prefix, int digits, int* counter) {
   while (!is_new) {
     const int number = *counter;
     *counter = static_cast<int>(static_cast<unsigned>(number) + 1);
-    Number(fresh_name, prefix, digits, number);
-    is_new = name_set == nullptr || AddFresh(prefix, digits, number);
+    MakeFresh(prefix, digits, number);
+    is_new = name_set == nullptr || AddFresh();
   }
-  return fresh_name;
+  return fresh.text;
 }
 
 void NameSetFree() { name_set.reset(); }
