@@ -278,18 +278,28 @@ Deep<ExprType> OperationType(Typing& run, NodeId operation) {
   co_return Combine(left_type, right_type);
 }
 
+// The type of an operand that is no operation itself; nothing when it is one.
+std::optional<ExprType> FlatOperandType(const CdfgGraph* graph, NodeId operation,
+                                        std::uint32_t attribute, DeclaredTypes* known) {
+  const NodeId first = CdfgGetAttr(graph, operation, attribute);
+  if (known != nullptr && first != 0 && first == known->reference) return known->reference_type;
+  const Value value = ValueBehind(graph, first);
+  if (value.IsOperation()) return {};
+  return LeafType(graph, value, known);
+}
+
 // The type of an operation none of whose operands is one; nothing when one is. Once expressions are
 // divided, all operations are like that.
 std::optional<ExprType> FlatOperationType(const CdfgGraph* graph, NodeId operation,
                                           DeclaredTypes* known) {
   const std::int32_t code = CdfgGetAttrInt(graph, operation, DfgOpe_TYPE);
   if (CdfgIsTruthOperator(code)) return ExprType{};
-  const Value left = OperandOf(graph, operation, DfgOpe_LEFT);
-  if (left.IsOperation()) return {};
-  if (IsLeftOperator(code)) return Promote(LeafType(graph, left, known));
-  const Value right = OperandOf(graph, operation, DfgOpe_RIGHT);
-  if (right.IsOperation()) return {};
-  return Combine(LeafType(graph, left, known), LeafType(graph, right, known));
+  const auto left = FlatOperandType(graph, operation, DfgOpe_LEFT, known);
+  if (!left) return {};
+  if (IsLeftOperator(code)) return Promote(*left);
+  const auto right = FlatOperandType(graph, operation, DfgOpe_RIGHT, known);
+  if (!right) return {};
+  return Combine(*left, *right);
 }
 
 ExprType TypeOfAnyOperation(const CdfgGraph* graph, NodeId operation, DeclaredTypes* known) {

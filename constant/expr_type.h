@@ -32,6 +32,9 @@ struct DeclaredTypes {
     std::int64_t indirection = 0;
   };
   std::array<Entry, 8> entries = {};  // by the lowest bits of the declaration
+  // A reference whose type is known, for as long as nothing is changed behind it; 0: none.
+  NodeId reference = 0;
+  ExprType reference_type = {};
 };
 
 // TypeOfExpression by what is known.

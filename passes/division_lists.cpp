@@ -177,6 +177,7 @@ void DivideList(Division& run, NodeId first, ListMode mode) {
   ChainGuard guard;
   for (NodeId statement = first; statement != 0;) {
     guard.Visit(statement);
+    run.declared.reference = 0;
     RunDeep(DivideStatement(run, statement, mode));
     const NodeId next = CdfgGetNext(graph, statement);
     CdfgSetNext(graph, statement, 0);

@@ -7,6 +7,7 @@
 //   T0 = a + b;  T1 = f(T0);  x = T1 * c;
 //
 // The order in which nodes are made here is seen in the file; it follows the order of evaluation.
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 #include <iterator>
@@ -125,17 +126,32 @@ NodeId DereferenceAgain(CdfgGraph* graph, NodeId operation, NodeId reference) {
   return second;
 }
 
+// Keeps what is about to be asked for: the type of the reference that an operand has become, which
+// reads a new temporary of this type as it is.
+void KeepType(Division& run, NodeId reference, const ExprType& type) {
+  if (type.value_type == DECL_VALTYPE_STRUCT) return;
+  run.declared.reference = reference;
+  run.declared.reference_type = {type.value_type, type.signedness, std::max(type.pointer_count, 0)};
+}
+
+NodeId TakeAssignmentOut(Division& run, NodeId operation, NodeId edge) {
+  AppendPending(run, MakeStatement(run.graph, edge));
+  const NodeId reference = CopyAsReference(run.graph, TakeAssignedPort(run, edge));
+  return DereferenceAgain(run.graph, operation, reference);
+}
+
 // Takes an operation out whose operands are divided. Answers what reads its value.
 NodeId TakeOperationOut(Division& run, NodeId operation) {
-  CdfgGraph* graph = run.graph;
-  NodeId reference = 0;
   if (const NodeId edge = RewriteAssignment(run, operation, Within::Expression)) {
-    AppendPending(run, MakeStatement(graph, edge));
-    reference = CopyAsReference(graph, TakeAssignedPort(run, edge));
-  } else {
-    reference = MakeReference(graph, AssignToTemp(run, operation));
+    run.declared.reference = 0;
+    return TakeAssignmentOut(run, operation, edge);
   }
-  return DereferenceAgain(graph, operation, reference);
+  const ExprType type = TypeOfValue(run, operation);
+  run.declared.reference = 0;
+  const NodeId reference = MakeReference(run.graph, AssignToTemp(run, operation, type));
+  const NodeId read = DereferenceAgain(run.graph, operation, reference);
+  if (read == reference) KeepType(run, reference, type);
+  return read;
 }
 
 Deep<NodeId> DivideOperation(Division& run, NodeId operation) {
@@ -312,6 +328,7 @@ Deep<> DivideOperands(Division& run, NodeId operation) {
     } else if (CdfgGetKind(run.graph, operand) == DFG_OPERATION) {
       EnterOperands(run, operand);
     } else {
+      run.declared.reference = 0;
       const NodeId replacement = co_await DivideSubExpression(run, operand);
       ReplaceOperand(run.graph, places.Back(), replacement);
     }
