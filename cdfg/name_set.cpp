@@ -38,7 +38,7 @@ bool IsReserved(std::string_view name) { return name.starts_with("__"); }
 
 // Whether these are the digits of a number of the family, as NameSetFresh writes it.
 bool IsNumberOf(const Family& family, std::string_view text) {
-  const auto digits = static_cast<std::size_t>(family.digits);
+  const auto digits = static_cast<std::size_t>(std::max(family.digits, 0));
   if (text.size() < digits || (text.size() > digits && text.front() == '0')) return false;
   int number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -115,7 +115,7 @@ void Make(NumberedName& name, std::string_view prefix, int digits, int number) {
       number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number);
   const char* end = std::to_chars(std::begin(text), std::end(text), magnitude).ptr;
   const auto length = static_cast<std::size_t>(end - text);
-  const auto wanted = static_cast<std::size_t>(digits);
+  const auto wanted = static_cast<std::size_t>(std::max(digits, 0));
   name.text.assign(prefix);
   if (number < 0) name.text.push_back('-');
   if (length < wanted) name.text.append(wanted - length, '0');
