@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "cdfg/graph.h"
+#include "cdfg/read_ahead.h"
 #include "cdfg/runaway.h"
 #include "cdfg/stack.h"
 #include "cdfg/walk.h"
@@ -37,6 +38,7 @@ class ChainScan {
     depth_ = frame.depth;
     if (frame.owner != 0) guard_.EnterAt(depth_ - 1, std::exchange(frame.owner, 0));
     frame.guard.Visit(node_);
+    CdfgReadAhead(graph_, node_);
     frame.node = CdfgGetNext(graph_, node_);
     if (frame.node == 0) ahead_.Pop();
     return node_;
