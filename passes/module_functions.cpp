@@ -10,8 +10,8 @@
 //
 // Phases:
 //   1. every call of the design: record the functions marked as modules;
-//   2. every module, newest first: walk its body; record each function it calls, for a prefixed
-//      module as a copy, and walk that function (the copy) in turn;
+//   2. every module, newest first: record each function it calls and look through that in turn; for
+//      a prefixed module these are copies (passes/module_copies.h);
 //   3. every prototype: copy it for each copied function of its name.
 //
 // Leaves behind the module function list; the table of copied declarations is in use only while
@@ -27,15 +27,12 @@
 
 #include "cdfg/chain.h"
 #include "cdfg/chain_scan.h"
-#include "cdfg/copy.h"
 #include "cdfg/deep.h"
 #include "cdfg/directive.h"
-#include "cdfg/edit.h"
 #include "cdfg/hash.h"
-#include "cdfg/runaway.h"
 #include "cdfg/tokens.h"
 #include "cdfg/walk.h"
-#include "passes/function_copy.h"
+#include "passes/module_copies.h"
 #include "passes/module_list.h"
 
 namespace {
@@ -72,22 +69,16 @@ struct Collecting {
   // The calls of the design as phase 1 found them, and those in the body of each function.
   FoundCalls found = {};
   IdMap<FoundRange> found_in = {};
-  // Phase 2, prefixed modules: what each copy made for this module descends from, and how many
-  // copies of each function contain the walk.
-  IdMap<NodeId> origins = {};
-  IdMap<int> copies_around = {};
-  // Phase 2, other modules: the functions that each function calls, in order, each once. Nothing
-  // is changed for such a module, so a function's calls are looked for once for all of them.
+  // Phase 2, modules without prefix: the functions that each function calls, in order, each once.
+  // Nothing is changed for such a module, so a function's calls are looked for once for all of
+  // them.
   IdMap<std::vector<NodeId>> callees = {};
 };
-
-// A copy within a copy of the same function, this many deep, goes on for ever: designs nest a few.
-constexpr int kMostCopiesAround = 64;
 
 // --- Calls ---------------------------------------------------------------------------------------
 
 // What is looked for in an initialiser beside its members.
-enum class Values : std::uint8_t { Nothing, Calls, CallsAsOftenAsMet };
+enum class Values : std::uint8_t { Nothing, Calls };
 
 struct CallSearch {
   const CdfgGraph* graph;
@@ -98,18 +89,6 @@ struct CallSearch {
   CallSearch(const CdfgGraph* of, Values in, FoundCalls& to)
       : graph(of), values(in), found(to), expression(of) {}
 };
-
-void EnterIndexes(const CdfgGraph* graph, ChainScan& walk, NodeId port) {
-  for (const NodeId index : NextChain(graph, CdfgGetAttr(graph, port, DfgPort_DIMNODE))) {
-    walk.Enter(CdfgGetAttr(graph, index, DfgDim_NODE));
-  }
-}
-
-void EnterArguments(const CdfgGraph* graph, ChainScan& walk, NodeId call) {
-  for (const NodeId info : NextChain(graph, CdfgGetAttr(graph, call, DfgFuncCall_ARGLIST))) {
-    walk.Enter(CdfgGetAttr(graph, info, DfgPortInfo_SIGNAL));
-  }
-}
 
 void FindInExpression(CallSearch& search, NodeId first) {
   const CdfgGraph* graph = search.graph;
@@ -141,9 +120,8 @@ void FindInOperations(CallSearch& search, NodeId list) {
   }
 }
 
-// Every node of an initialiser that is no list or member starts an expression walk, and that walk
-// goes along next itself: a call behind a reference is met once for each node in front of it too.
-// Kept. Where the first such walk meets no call, the others would not either.
+// The first node of an initialiser's chain that is no list or member starts an expression walk,
+// which goes along next itself and so finds what the others would.
 void FindInInitialiser(CallSearch& search, NodeId first) {
   const CdfgGraph* graph = search.graph;
   const std::vector<NodeId>& calls = search.found.calls;
@@ -153,7 +131,6 @@ void FindInInitialiser(CallSearch& search, NodeId first) {
   ChainWalk walk(graph, first);
   while (const NodeId node = walk.Next()) {
     const auto chain = static_cast<std::size_t>(walk.Tag());
-    const std::size_t count = calls.size();
     switch (CdfgGetKind(graph, node)) {
       case CFG_MEMBER_LIST:
         walk.Enter(CdfgGetAttr(graph, node, CfgMemberList_MEMBER),
@@ -170,7 +147,7 @@ void FindInInitialiser(CallSearch& search, NodeId first) {
           break;
         }
         FindInExpression(search, node);
-        is_done[chain] = search.values == Values::Calls || calls.size() == count;
+        is_done[chain] = true;
         break;
     }
   }
@@ -266,9 +243,9 @@ void FindAgain(CallSearch& search, const FoundCalls& found, const FoundRange& ra
 }
 
 // The calls of a function, those of its statements first.
-std::vector<NodeId> CallsOf(const Collecting& run, NodeId function, Values values) {
+std::vector<NodeId> CallsOf(const Collecting& run, NodeId function) {
   FoundCalls found;
-  CallSearch search(run.graph, values, found);
+  CallSearch search(run.graph, Values::Calls, found);
   const auto known = run.found_in.find(function);
   if (known == run.found_in.end()) {
     FindInBody(search, function);
@@ -279,68 +256,12 @@ std::vector<NodeId> CallsOf(const Collecting& run, NodeId function, Values value
   return std::move(found.calls);
 }
 
-Deep<> UseCopies(Collecting& run, NodeId function);
-
-// Links `copy` into the chain directly behind `original`.
-void SpliceBehind(CdfgGraph* graph, NodeId original, NodeId copy) {
-  const NodeId next = CdfgGetNext(graph, original);
-  CdfgLink(graph, original, copy);
-  CdfgAppend(graph, copy, next);
-}
-
-NodeId OriginOf(const Collecting& run, NodeId function) {
-  const auto found = run.origins.find(function);
-  return found == run.origins.end() ? function : found->second;
-}
-
-Deep<ModuleInstanceRecord*> CopyForModule(Collecting& run, NodeId callee, const char* name,
-                                          const char* file) {
-  // Initialiser expressions are copied too: the copy is to be elaborated on its own.
-  const NodeId copy = CopyFunction(run.graph, callee, MemberExpressions::Copied);
-  CdfgSetAttrStr(run.graph, copy, CfgFunc_NAME, name);
-  SpliceBehind(run.graph, callee, copy);
-  ModuleInstanceRecord* record = PushModuleInstance(run.module, copy, callee, name, file);
-  const NodeId origin = OriginOf(run, callee);
-  run.origins[copy] = origin;
-  if (++run.copies_around[origin] > kMostCopiesAround) CdfgStopEndless(callee);
-  co_await UseCopies(run, copy);
-  --run.copies_around[origin];
-  co_return record;
-}
-
-// How a name shows where there is none.
-std::string Shown(const char* name) { return name == nullptr ? "(null)" : name; }
-
-Deep<> UseCopy(Collecting& run, NodeId call, NodeId callee) {
-  CdfgGraph* graph = run.graph;
-  const std::string name =
-      Shown(run.module->prefix) + "_" + Shown(CdfgGetAttrStr(graph, callee, CfgFunc_NAME));
-  const char* file = CdfgGetFileName(graph, callee);
-  ModuleInstanceRecord* record = FindModuleInstance(run.module, callee, name.c_str(), file);
-  if (record == nullptr) {
-    const ModuleInstanceRecord* shared = FindModuleInstance(nullptr, callee, name.c_str(), file);
-    record = shared == nullptr
-                 ? co_await CopyForModule(run, callee, name.c_str(), file)
-                 : PushModuleInstance(run.module, shared->function, callee, name.c_str(), file);
-  }
-  CdfgSetAttrStr(graph, call, DfgFuncCall_NAME, record->name);
-  CdfgSetJump(graph, call, record->function);
-}
-
-// Gives every call of a function a copy for the module.
-Deep<> UseCopies(Collecting& run, NodeId function) {
-  for (const NodeId call : CallsOf(run, function, Values::CallsAsOftenAsMet)) {
-    const NodeId callee = CdfgGetJump(run.graph, call);
-    if (CdfgHasNode(run.graph, callee) != 0) co_await UseCopy(run, call, callee);
-  }
-}
-
 // The functions that a function calls, each where it is first called.
 std::vector<NodeId> FindCallees(Collecting& run, NodeId function) {
   const auto [entry, is_new] = run.callees.try_emplace(function);
   if (!is_new) return entry->second;
   IdSet met;
-  for (const NodeId call : CallsOf(run, function, Values::Calls)) {
+  for (const NodeId call : CallsOf(run, function)) {
     const NodeId callee = CdfgGetJump(run.graph, call);
     if (CdfgHasNode(run.graph, callee) == 0 || !met.insert(callee).second) continue;
     entry->second.push_back(callee);
@@ -359,62 +280,6 @@ Deep<> UseCallees(Collecting& run, NodeId function) {
   }
 }
 
-// --- Phase 3: prototypes of copies ---------------------------------------------------------------
-
-// The copied functions by the name of what they are copies of, each name's in list order.
-using CopiesByName = TextMap<std::vector<const ModuleInstanceRecord*>>;
-
-CopiesByName CollectCopies(const CdfgGraph* graph) {
-  CopiesByName copies;
-  for (const ModuleFunctionRecord* module = ModuleFunctionList; module != nullptr;
-       module = module->next) {
-    for (const ModuleInstanceRecord* instance = module->instances; instance != nullptr;
-         instance = instance->next) {
-      const char* name = CdfgGetAttrStr(graph, instance->base, CfgFunc_NAME);
-      const bool is_copy = instance->function != instance->base;
-      if (!is_copy || name == nullptr || CdfgGetFileName(graph, instance->base) == nullptr)
-        continue;
-      copies[name].push_back(instance);
-    }
-  }
-  return copies;
-}
-
-void CopyPrototype(CdfgGraph* graph, NodeId prototype, const CopiesByName& copies) {
-  const char* name = CdfgGetAttrStr(graph, prototype, CfgFunc_NAME);
-  if (name == nullptr) return;
-  const auto found = copies.find(name);
-  if (found == copies.end()) return;
-  for (const ModuleInstanceRecord* instance : found->second) {
-    const NodeId copy = CdfgCopyAlone(graph, prototype);
-    CdfgSetAttrStr(graph, copy, CfgFunc_NAME, instance->name);
-    SpliceBehind(graph, prototype, copy);
-  }
-}
-
-// A copy stands behind its prototype and so is met again, with its own name.
-void CopyListedPrototypes(CdfgGraph* graph, NodeId list, const CopiesByName& copies) {
-  for (const NodeId node : NextChain(graph, list)) {
-    if (CdfgGetKind(graph, node) == CFG_PROTO_FUNC) CopyPrototype(graph, node, copies);
-  }
-}
-
-void CopyPrototypes(CdfgGraph* graph, NodeId elements, const CopiesByName& copies) {
-  StatementWalk walk(graph, elements, StatementScope::Elements);
-  walk.WithLeaves();
-  while (const NodeId node = walk.Next()) {
-    const std::uint32_t kind = CdfgGetKind(graph, node);
-    if (kind == CFG_FUNCTION && walk.Leaving()) {
-      CopyListedPrototypes(graph, CdfgGetAttr(graph, node, CfgFunc_DECLARE), copies);
-    } else if (kind == CFG_DECLARE_DEF) {
-      CopyListedPrototypes(graph, CdfgGetAttr(graph, node, CfgDeclDef_DECL), copies);
-    } else if (kind == CFG_PROTO_FUNC && walk.Depth() == 0) {
-      // Of a prototype outside any group its body is looked at, not the prototype: kept.
-      CopyPrototype(graph, CdfgGetAttr(graph, node, CfgFunc_STARTCFG), copies);
-    }
-  }
-}
-
 // --- The phases ----------------------------------------------------------------------------------
 
 void RunPhase1(Collecting& run) {
@@ -425,23 +290,15 @@ void RunPhase1(Collecting& run) {
   for (const NodeId call : run.found.calls) RecordMarkedCallee(run.graph, call);
 }
 
-Deep<> RunPhase2(Collecting& run) {
+void RunPhase2(Collecting& run) {
   for (run.module = ModuleFunctionList; run.module != nullptr; run.module = run.module->next) {
     if (run.module->prefix == nullptr) {
-      co_await UseCallees(run, run.module->function);
-    } else {
-      run.origins.clear();
-      run.callees.clear();  // calls are redirected now
-      run.found_in.clear();
-      co_await UseCopies(run, run.module->function);
+      RunDeep(UseCallees(run, run.module->function));
+      continue;
     }
-  }
-}
-
-void RunPhase3(CdfgGraph* graph) {
-  const CopiesByName copies = CollectCopies(graph);
-  for (const NodeId file : CdfgGetFiles(graph)) {
-    CopyPrototypes(graph, CdfgGetAttr(graph, file, CfgFileinfo_ELEMENT), copies);
+    CopyUsedFunctions(run.graph, run.module);
+    run.callees.clear();  // calls are redirected now
+    run.found_in.clear();
   }
 }
 
@@ -450,7 +307,7 @@ void RunPhase3(CdfgGraph* graph) {
 int CollectModuleFunctions(CdfgGraph* graph) {
   Collecting run{graph};
   RunPhase1(run);
-  RunDeep(RunPhase2(run));
-  RunPhase3(graph);
+  RunPhase2(run);
+  CopyPrototypes(graph);
   return 0;
 }
