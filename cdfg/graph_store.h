@@ -1,6 +1,6 @@
 // The inside of the graph store: how nodes, attributes and strings lie in memory. Only the store
-// itself, the file reader and writer, the walks and cdfg/read_ahead.h include this; everybody else
-// uses cdfg/graph.h.
+// itself, the file reader and writer, the listing, the walks and cdfg/read_ahead.h include this;
+// everybody else uses cdfg/graph.h.
 //
 //   nodes       chunks of 16384 records of 32 bytes, in creation order; a node's place in that
 //               order never changes, and a freed node keeps its place

@@ -37,9 +37,11 @@ class Records {
  private:
   void Grow() {
     constexpr std::size_t kFirst = 16;
-    capacity_ = capacity_ == 0 ? kFirst : capacity_ * 2;
-    void* moved = MemRealloc(items_.release(), capacity_ * sizeof(Record));
+    const std::size_t larger = capacity_ == 0 ? kFirst : capacity_ * 2;
+    void* moved = MemRealloc(items_.get(), larger * sizeof(Record));
+    (void)items_.release();
     items_.reset(static_cast<Record*>(moved));
+    capacity_ = larger;
   }
 
   Chunk<Record> items_;
