@@ -13,9 +13,9 @@
 
 namespace {
 
-// The names that NameSetFresh has made of one prefix: numbered in a row, so they are kept as the
-// row that they are. There are as many of them as temporaries, and hardly ever another name that
-// looks like one.
+// The names that NameSetFresh has made of one prefix, and those it has found taken: numbered in a
+// row, so they are kept as the row that they are. There are as many of them as temporaries, and
+// hardly ever another name that looks like one.
 struct Family {
   std::string prefix;
   int digits;
@@ -139,6 +139,7 @@ bool CountOn(NumberedName& name) {
 
 // Makes `fresh` the name of this number. It follows the last one as a rule.
 void MakeFresh(std::string_view prefix, int digits, int number) {
+  // The first comparison of the numbers keeps the second from going below the lowest.
   const bool follows = fresh.digits == digits && fresh.number < number &&
                        fresh.number == number - 1 && fresh.Prefix() == prefix;
   if (!follows || !CountOn(fresh)) Make(fresh, prefix, digits, number);

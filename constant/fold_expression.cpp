@@ -78,6 +78,7 @@ NodeId ChainFold::Fold(NodeId first) {
 
 void ChainFold::FoldPort(NodeId port) {
   chain_ = Chain{};
+  chain_.goes_on = false;
   EnterPort(port);
   Run();
 }
@@ -101,6 +102,7 @@ void ChainFold::Visit() {
   if (kind == DFG_OPERATION) {
     EnterOperation(node);
   } else if (CdfgIsAssignment(kind) || kind == DFG_SPEC) {
+    chain_.goes_on = false;
     const NodeId behind = std::exchange(chain_.node, 0);
     Enter(node, Inside::Behind, behind);
   } else if (kind == DFG_FUNC_CALL) {
@@ -220,7 +222,7 @@ void ChainFold::Leave() {
   const Level& level = levels_.Back();
   depth_.Leave();
   chain_ = level.around;
-  if (!IsAsItWas(level) && level.inside != Inside::Behind) {
+  if (!IsAsItWas(level) && chain_.goes_on) {
     chain_.node = CdfgGetNext(graph_, level.node);
   }
   levels_.Pop();

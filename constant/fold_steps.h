@@ -44,6 +44,8 @@ class ChainFold {
     NodeId folded = 0;         // what its last operation to fold has become
     bool has_value = false;    // something other than a reference has been visited,
     bool is_constant = false;  // and the first such node is a constant
+    bool goes_on = true;       // whether what follows a node belongs to it: not behind a port that
+                               // is folded alone, an edge or a cast
     ChainGuard guard = {};
   };
   // Which chain inside a node is being folded.
@@ -54,7 +56,7 @@ class ChainFold {
     NodeId node;
     Inside inside;
     bool left_is_constant;
-    // For operations: as they stood when `folds_` was this number, which is as long as they stand.
+    // For operations: what they were while `folds_` was this number.
     NodeId right;
     NodeId condition;
     std::uint32_t folds;

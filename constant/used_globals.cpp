@@ -134,7 +134,8 @@ void MarkTarget(Marking& run, NodeId edge) {
   }
 }
 
-// All of this has been walked by the fold, so once nothing is left to be found it is left out.
+// Once nothing is left to be found this is left out: the fold has walked all of it, so that endless
+// graphs have been stopped there.
 void MarkOperationList(Marking& run, NodeId list) {
   const CdfgGraph* graph = run.graph;
   if (run.unmarked == 0) return;

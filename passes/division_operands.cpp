@@ -314,7 +314,8 @@ Deep<> DivideIndex(Division& run, NodeId index) {
 }  // namespace
 
 // Operations among the operands are divided in the same call: expressions are operations upon
-// operations above all, and a level of them costs eight bytes here.
+// operations above all, and a level of them costs some bytes here
+// instead of a frame.
 Deep<> DivideOperands(Division& run, NodeId operation) {
   Stack<OperandPlace>& places = run.operands;
   const std::size_t outside = places.Size();

@@ -41,12 +41,12 @@ struct Run {
   IdMap<NodeId> last_directives = {};
 };
 
-// A directive that names a member by its path, which stands somewhere in its text.
+// A directive that names a member by its path, which stands somewhere in its text. Its type and
+// text are read when it is spread: in a damaged graph a new directive may have taken its id.
 struct NamingDirective {
-  const char* text;  // the store owns it
-  const char* path;
+  NodeId directive;
+  const char* path;  // in its text, which the store owns
   std::uint32_t path_length;
-  std::int32_t type;
 
   std::string_view Path() const { return {path, path_length}; }
 };
@@ -131,15 +131,13 @@ void AddNaming(Spreading& spreading, const NamingDirective& naming) {
   if (number == next) spreading.directives.Add(naming);
 }
 
-void ReadDirective(const CdfgGraph* graph, Spreading& spreading, NodeId directive,
-                   const char* text) {
+void ReadDirective(Spreading& spreading, NodeId directive, const char* text) {
   const Words split = Split(text);
   if (split.count <= 2) return;
   if (IsDirection(split.words[0])) {
     const std::string_view path = NamedPath(split);
     if (path.empty()) return;
-    AddNaming(spreading, {text, path.data(), static_cast<std::uint32_t>(path.size()),
-                          CdfgGetAttrInt(graph, directive, DfgDirective_TYPE)});
+    AddNaming(spreading, {directive, path.data(), static_cast<std::uint32_t>(path.size())});
   } else if (split.words[0] == "float") {
     spreading.is_float = true;
   }
@@ -176,7 +174,8 @@ void SpreadOnto(Run& run, const Spreading& spreading, NodeId member, std::uint64
   });
   if (number != HashIndex::kNone) {
     const NamingDirective& naming = spreading.directives[number];
-    AddDirective(run, member, naming.type, naming.text);
+    AddDirective(run, member, CdfgGetAttrInt(graph, naming.directive, DfgDirective_TYPE),
+                 CdfgGetAttrStr(graph, naming.directive, DfgDirective_STR));
   }
   const std::int32_t value_type = CdfgGetAttrInt(graph, member, CfgDecl_VALTYPE);
   if (spreading.is_float &&
@@ -223,7 +222,7 @@ void ForDirectives(const CdfgGraph* graph, NodeId declaration, Act act) {
 void SpreadNamedMembers(Run& run, NodeId declaration) {
   Spreading spreading;
   ForDirectives(run.graph, declaration, [&](NodeId directive, const char* text) {
-    ReadDirective(run.graph, spreading, directive, text);
+    ReadDirective(spreading, directive, text);
     return false;
   });
   if (spreading.is_float || !spreading.directives.IsEmpty()) {

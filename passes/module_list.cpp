@@ -35,7 +35,7 @@ struct Tables {
   std::size_t entered = 0;
 };
 
-// Made with the first record: a deque takes memory before it holds anything.
+// Made when they are first asked for: a deque takes memory before it holds anything.
 std::unique_ptr<Tables> made_tables;
 
 Tables& AllTables() {

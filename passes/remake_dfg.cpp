@@ -98,7 +98,7 @@ bool HasNothingInside(const CdfgGraph* graph, NodeId port) {
 }
 
 // Whether an operand is clean as it stands: one reference at most, in front of a plain variable, a
-// constant or the like. Most are; and nothing that is cleaned elsewhere changes that.
+// constant or the like. Most are, and cleaning something else does not change that.
 bool IsCleanOperand(const CdfgGraph* graph, NodeId first) {
   if (first == 0) return true;
   NodeId value = first;
@@ -112,7 +112,7 @@ bool IsCleanOperand(const CdfgGraph* graph, NodeId first) {
   return CdfgGetNext(graph, value) == 0;
 }
 
-// The same for what a statement assigns or tests, of which one operation may be part.
+// The same for what a statement assigns or tests: an operand, or an operation on operands.
 bool IsCleanValue(const CdfgGraph* graph, NodeId value) {
   if (CdfgGetKind(graph, value) != DFG_OPERATION) return IsCleanOperand(graph, value);
   return CdfgGetNext(graph, value) == 0 &&
@@ -277,7 +277,7 @@ void ConvertBranches(CdfgGraph* graph, NodeId statement) {
 
 // --- The statements of module code ---------------------------------------------------------------
 
-// What a list has shown of itself in step 1, of which the other two need nothing more.
+// Which steps a list needs after step 1.
 struct Needs {
   bool cleaning = false;
   bool conversion = false;
@@ -292,6 +292,7 @@ void SplitStatement(CdfgGraph* graph, NodeId statement, Needs& needs) {
     value = CdfgGetNext(graph, root);
     if (kind == DFG_EDGE_BLOCKING && IsBlocking(graph, value)) {
       SplitAssignments(graph, statement);
+      needs = {true, true};  // in a damaged graph new nodes may hide what was looked at
       root = RootOf(graph, statement);
       value = CdfgGetNext(graph, root);
     }
