@@ -45,6 +45,13 @@ inline void CdfgExpectAttributes(const CdfgGraph* graph, NodeId id) {
   read_ahead::Fetch<kCount * sizeof(Attribute)>(RunAt(graph->attributes, node->own[0].value));
 }
 
+// Asks for the links and positions of a node and those that follow it: `kNodes` in all.
+template <std::uintptr_t kNodes>
+inline void CdfgExpectRest(const CdfgGraph* graph, NodeId id) {
+  if (read_ahead::Record(*graph, id) == nullptr) return;
+  read_ahead::Fetch<kNodes * sizeof(NodeRest)>(&RestAt(*graph, id - 1));
+}
+
 // Asks for what a walk at node `id` will want soon. Nodes lie in the order of the source text, and
 // most walks go that way too; but they leap over what they skip, by distances that no processor
 // guesses. Without this a walk over a large design waits for memory at every statement.

@@ -179,9 +179,13 @@ StatementWalk::StatementWalk(const CdfgGraph* graph, NodeId first, StatementScop
     : graph_(graph), scope_(scope), walk_(graph, first) {}
 
 NodeId StatementWalk::Next() {
+  constexpr NodeId kAhead = 49;
+  constexpr std::uintptr_t kRestAhead = 12;
   if (last_ != 0) EnterInside(last_);
   NodeId node = walk_.Next();
   while (node != 0 && !IsVisited(node)) node = walk_.Next();
+  // Who walks statements mostly links others to them, or looks where they come from.
+  CdfgExpectRest<kRestAhead>(graph_, node + kAhead);
   last_ = walk_.Leaving() ? 0 : node;
   return node;
 }
