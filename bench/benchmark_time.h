@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/warm_memory.h"
+
 namespace bench {
 
 inline double CpuSeconds() {
@@ -32,6 +34,8 @@ inline double Best(const std::vector<double>& times) {
 // `work` measured in CPU time as one iteration.
 template <class Work>
 void MeasureOnce(benchmark::State& state, Work work) {
+  constexpr std::size_t kMostBytesPerItem = 2000;
+  WarmMemory(static_cast<std::size_t>(state.range(0)) * kMostBytesPerItem);
   const double start = CpuSeconds();
   work();
   state.SetIterationTime(CpuSeconds() - start);

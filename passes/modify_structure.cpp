@@ -138,6 +138,14 @@ void ExpectAhead(const CdfgGraph* graph, const Records<Record>& records, std::si
   }
 }
 
+// The same for the links of the nodes that the records name.
+template <class Record>
+void ExpectLinksAhead(const CdfgGraph* graph, const Records<Record>& records, std::size_t place,
+                      NodeId Record::*node) {
+  if (records.Size() - place <= kFewAhead) return;
+  CdfgExpectRest<1>(graph, records[place + kFewAhead].*node);
+}
+
 // --- Phase 1: groups -----------------------------------------------------------------------------
 
 // What a tagged structure is grouped by.
@@ -375,6 +383,7 @@ void HoistEntry(Modifying& run, const StructEntry& entry) {
   Hoist hoist;
   for (Place place = entry.links.first; place != kNoPlace; place = run.links[place].next) {
     ExpectAhead<kNested, 5>(run.graph, run.links, place, &NestedStructLink::member);
+    ExpectLinksAhead(run.graph, run.links, place, &NestedStructLink::definition);
     const NestedStructLink& link = run.links[place];
     if (link.definition != 0) HoistLink(run, entry, link, hoist);
   }
@@ -383,6 +392,7 @@ void HoistEntry(Modifying& run, const StructEntry& entry) {
 
 void HoistGroup(Modifying& run, const StructGroup& group) {
   for (Place place = group.first; place != kNoPlace; place = run.entries[place].next) {
+    ExpectLinksAhead(run.graph, run.entries, place, &StructEntry::definition);
     HoistEntry(run, run.entries[place]);
   }
 }
