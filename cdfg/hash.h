@@ -65,4 +65,3 @@ using IdMap = std::unordered_map<NodeId, Value, IdHash>;
 using IdSet = std::unordered_set<NodeId, IdHash>;
 template <class Value>
 using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
-using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;

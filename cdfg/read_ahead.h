@@ -8,6 +8,9 @@
 
 namespace read_ahead {
 
+// How many nodes a walk asks ahead by.
+inline constexpr NodeId kAhead = 49;
+
 // To the compiler, a function that only asks does nothing, and it drops its calls and those of its
 // callers; the empty statement keeps them.
 template <std::uintptr_t kBytes>
@@ -56,7 +59,13 @@ inline void CdfgExpectRest(const CdfgGraph* graph, NodeId id) {
 // most walks go that way too; but they leap over what they skip, by distances that no processor
 // guesses. Without this a walk over a large design waits for memory at every statement.
 inline void CdfgReadAhead(const CdfgGraph* graph, NodeId id) {
-  constexpr NodeId kAhead = 49;
   constexpr std::uintptr_t kNodes = 8;
-  CdfgExpectNodes<kNodes>(graph, id + kAhead);
+  CdfgExpectNodes<kNodes>(graph, id + read_ahead::kAhead);
+}
+
+// The same for links and positions. Who walks statements mostly links others to them, or looks
+// where they come from.
+inline void CdfgReadRestAhead(const CdfgGraph* graph, NodeId id) {
+  constexpr std::uintptr_t kNodes = 12;
+  CdfgExpectRest<kNodes>(graph, id + read_ahead::kAhead);
 }

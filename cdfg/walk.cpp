@@ -179,13 +179,10 @@ StatementWalk::StatementWalk(const CdfgGraph* graph, NodeId first, StatementScop
     : graph_(graph), scope_(scope), walk_(graph, first) {}
 
 NodeId StatementWalk::Next() {
-  constexpr NodeId kAhead = 49;
-  constexpr std::uintptr_t kRestAhead = 12;
   if (last_ != 0) EnterInside(last_);
   NodeId node = walk_.Next();
   while (node != 0 && !IsVisited(node)) node = walk_.Next();
-  // Who walks statements mostly links others to them, or looks where they come from.
-  CdfgExpectRest<kRestAhead>(graph_, node + kAhead);
+  CdfgReadRestAhead(graph_, node);
   last_ = walk_.Leaving() ? 0 : node;
   return node;
 }

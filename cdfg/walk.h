@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "cdfg/chain.h"
 #include "cdfg/graph.h"
 #include "cdfg/runaway.h"
 #include "cdfg/stack.h"
@@ -95,6 +96,16 @@ enum class StatementScope : std::uint8_t {
   // and a branch, item or loop body even outside its owner's list.
   Anywhere,
 };
+
+// Enters what `attribute` names in each item of a list: the indexes of a variable, the arguments of
+// a call. `walk` is a ChainWalk, with the tag that its chains get or none, or a ChainScan.
+template <class Walk, class... Tag>
+void CdfgEnterListed(const CdfgGraph* graph, Walk& walk, NodeId list, std::uint32_t attribute,
+                     Tag... tag) {
+  for (const NodeId item : NextChain(graph, list)) {
+    walk.Enter(CdfgGetAttr(graph, item, attribute), tag...);
+  }
+}
 
 // A walk over statements. Visited are the statements themselves and, inside their owners,
 // CFG_IF_THEN and CFG_IF_ELSE, CFG_CASE_ITEM, CFG_LOOP_INIT, CFG_LOOP_COND, CFG_LOOP_STAT and

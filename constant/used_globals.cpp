@@ -87,12 +87,6 @@ void MarkPort(Marking& run, NodeId port) {
 
 // --- Expressions ---------------------------------------------------------------------------------
 
-void EnterListed(const CdfgGraph* graph, ChainScan& walk, NodeId list, std::uint32_t attribute) {
-  for (const NodeId item : NextChain(graph, list)) {
-    walk.Enter(CdfgGetAttr(graph, item, attribute));
-  }
-}
-
 // Marks one node and enters what the chain fold enters at it.
 void MarkNode(Marking& run, NodeId node) {
   const CdfgGraph* graph = run.graph;
@@ -102,10 +96,10 @@ void MarkNode(Marking& run, NodeId node) {
     walk.EnterOperands(node);
   } else if (kind == DFG_FUNC_CALL) {
     const NodeId arguments = CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST);
-    EnterListed(graph, walk, arguments, DfgPortInfo_SIGNAL);
+    CdfgEnterListed(graph, walk, arguments, DfgPortInfo_SIGNAL);
   } else if (CdfgIsPortOrConcat(kind)) {
     MarkPort(run, node);
-    EnterListed(graph, walk, CdfgGetAttr(graph, node, DfgPort_DIMNODE), DfgDim_NODE);
+    CdfgEnterListed(graph, walk, CdfgGetAttr(graph, node, DfgPort_DIMNODE), DfgDim_NODE);
     walk.Enter(CdfgGetAttr(graph, node, DfgPort_STRSON));
   }
 }

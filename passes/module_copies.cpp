@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "cdfg/chain.h"
 #include "cdfg/copy.h"
 #include "cdfg/deep.h"
 #include "cdfg/edit.h"
@@ -44,22 +45,12 @@ Deep<bool> WalkExpression(Copying& run, NodeId first) {
   bool has_calls = false;
   ChainWalk walk(graph, first);
   while (const NodeId node = walk.Next()) {
-    switch (CdfgGetKind(graph, node)) {
-      case DFG_OPERATION:
-        walk.EnterOperands(node);
-        break;
-      case DFG_INPUT_VAR:
-      case DFG_OUTPUT_VAR:
-        EnterIndexes(graph, walk, node);
-        break;
-      case DFG_FUNC_CALL:
-        has_calls = true;
-        co_await HandleCall(run, node);
-        EnterArguments(graph, walk, node);
-        break;
-      default:
-        break;
+    const std::uint32_t kind = CdfgGetKind(graph, node);
+    if (kind == DFG_FUNC_CALL) {
+      has_calls = true;
+      co_await HandleCall(run, node);
     }
+    EnterForCalls(graph, walk, node, kind);
   }
   co_return has_calls;
 }

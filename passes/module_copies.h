@@ -2,8 +2,10 @@
 // functions (passes/module_functions.h).
 #pragma once
 
-#include "cdfg/chain.h"
+#include <cstdint>
+
 #include "cdfg/graph.h"
+#include "cdfg/walk.h"
 #include "passes/module_list.h"
 
 // Gives each function that the module's function calls, and what that calls in turn, a copy whose
@@ -14,20 +16,15 @@ void CopyUsedFunctions(CdfgGraph* graph, ModuleFunctionRecord* module);
 // Gives each prototype of a function that has copies a copy for each of them.
 void CopyPrototypes(CdfgGraph* graph);
 
-// --- What a search for calls enters --------------------------------------------------------------
-
-// The indexes of a variable. `walk` is any walk over expressions.
+// What a search for calls enters at a node of an expression. `kind` is the node's when it was
+// visited, `walk` any walk over expressions.
 template <class Walk>
-void EnterIndexes(const CdfgGraph* graph, Walk& walk, NodeId port) {
-  for (const NodeId index : NextChain(graph, CdfgGetAttr(graph, port, DfgPort_DIMNODE))) {
-    walk.Enter(CdfgGetAttr(graph, index, DfgDim_NODE));
-  }
-}
-
-// The arguments of a call.
-template <class Walk>
-void EnterArguments(const CdfgGraph* graph, Walk& walk, NodeId call) {
-  for (const NodeId info : NextChain(graph, CdfgGetAttr(graph, call, DfgFuncCall_ARGLIST))) {
-    walk.Enter(CdfgGetAttr(graph, info, DfgPortInfo_SIGNAL));
+void EnterForCalls(const CdfgGraph* graph, Walk& walk, NodeId node, std::uint32_t kind) {
+  if (kind == DFG_OPERATION) {
+    walk.EnterOperands(node);
+  } else if (kind == DFG_INPUT_VAR || kind == DFG_OUTPUT_VAR) {
+    CdfgEnterListed(graph, walk, CdfgGetAttr(graph, node, DfgPort_DIMNODE), DfgDim_NODE);
+  } else if (kind == DFG_FUNC_CALL) {
+    CdfgEnterListed(graph, walk, CdfgGetAttr(graph, node, DfgFuncCall_ARGLIST), DfgPortInfo_SIGNAL);
   }
 }

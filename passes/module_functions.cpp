@@ -95,21 +95,9 @@ void FindInExpression(CallSearch& search, NodeId first) {
   ChainScan& walk = search.expression;
   walk.Start(first);
   while (const NodeId node = walk.Next()) {
-    switch (CdfgGetKind(graph, node)) {
-      case DFG_OPERATION:
-        walk.EnterOperands(node);
-        break;
-      case DFG_INPUT_VAR:
-      case DFG_OUTPUT_VAR:
-        EnterIndexes(graph, walk, node);
-        break;
-      case DFG_FUNC_CALL:
-        search.found.calls.push_back(node);
-        EnterArguments(graph, walk, node);
-        break;
-      default:
-        break;
-    }
+    const std::uint32_t kind = CdfgGetKind(graph, node);
+    if (kind == DFG_FUNC_CALL) search.found.calls.push_back(node);
+    EnterForCalls(graph, walk, node, kind);
   }
 }
 

@@ -147,9 +147,7 @@ enum Tag : int { kExpression, kDeclarations, kInitialiser };
 
 // The indexes of a port or of a declaration.
 void EnterIndexes(const CdfgGraph* graph, ChainWalk& walk, NodeId first) {
-  for (const NodeId index : NextChain(graph, first)) {
-    walk.Enter(CdfgGetAttr(graph, index, DfgDim_NODE), kExpression);
-  }
+  CdfgEnterListed(graph, walk, first, DfgDim_NODE, kExpression);
 }
 
 // Members keep their names; only what the reference begins with is a variable.

@@ -43,11 +43,11 @@ TEST(Hashing, SpreadsIdsOverTheLowestBits) {
 
 TEST(Hashing, ServesMapsAndSets) {
   TextMap<int> numbers;
-  TextSet names;
+  TextMap<int> names;
   IdMap<int> ids;
   IdSet seen;
   numbers["a"] = 1;
-  names.insert("a");
+  names.emplace("a", 1);
   ids[4294967295U] = 2;
   seen.insert(0);
   EXPECT_EQ(numbers.find(std::string_view("a"))->second, 1);
